@@ -1,0 +1,65 @@
+#ifndef VXS_VXFILE_H
+#define VXS_VXFILE_H
+
+#include <cstdint>
+#include <limits>
+#include <map>
+#include <vector>
+
+#include "VXExport.h"
+
+namespace VXS
+{
+
+class VXLandmark;
+
+// The landmarks of one recording by frame, with the CLF, the cumulative landmark function: a table
+// that tells for each frame how many landmarks stand at that frame or before it. Time is counted in
+// frames. A VXFile owns its landmarks. Hosts receive one from VXLandmarkExtract::run and either
+// delete it or give it to a VXFileSet; what is in it is the library's business.
+//
+// The CLF is stale from construction until computeCLF has run, and again after each landmark added.
+// One thread at a time may use a VXFile, also for its queries.
+class VXFile
+{
+public:
+    explicit VXFile(std::int64_t newFileID) : fileID(newFileID) {}
+    VXS_API ~VXFile();
+    VXFile(const VXFile&) = delete;
+    VXFile& operator=(const VXFile&) = delete;
+
+    // Takes ownership, also when it throws. Null changes nothing.
+    void addLandmark(VXLandmark* landmark);
+
+    // Fills the CLF, and gives the landmark map an entry for every frame from the first landmark to
+    // the last. Does nothing if the CLF is up to date. Throws std::bad_alloc, before it changes
+    // anything, if the frames between are more than memory could hold.
+    // VXClusterSync::run calls it for every recording, so a host need not.
+    VXS_API void computeCLF();
+
+    // Landmarks from frame `start` to frame `end`, both included and clipped to the recording, or
+    // -1 while the CLF is stale. Requires: computeCLF has run.
+    std::int64_t queryNumberLandmarksInBetween(std::int64_t start, std::int64_t end);
+
+    // The landmarks by frame, for direct use. Still owned by the file.
+    std::map<std::int64_t, std::vector<VXLandmark*>>& getLandmarkMap() { return landmarks; }
+
+    std::int64_t getFileID() const { return fileID; }
+    // Frame of the last landmark; lower than the first while there is none.
+    std::int64_t getMaxLandmarkOffsetTime() const { return maxLandmarkOffsetTime; }
+    // Frame of the first landmark.
+    std::int64_t getMinLandmarkOffsetTime() const { return minLandmarkOffsetTime; }
+
+private:
+    // Owns the landmarks. Within one frame they stand in the order in which they were added.
+    std::map<std::int64_t, std::vector<VXLandmark*>> landmarks;
+    std::map<std::int64_t, std::int64_t> clf;
+    std::int64_t fileID;
+    std::int64_t maxLandmarkOffsetTime = std::numeric_limits<std::int64_t>::min();
+    std::int64_t minLandmarkOffsetTime = std::numeric_limits<std::int64_t>::max();
+    bool clfDirty = true;
+};
+
+} // namespace VXS
+
+#endif
