@@ -1,0 +1,49 @@
+#include <gmock/gmock.h>
+
+#include "Program.h"
+#include "Sounds.h"
+#include "Wave.h"
+
+namespace
+{
+
+using program::Outcome;
+using testing::HasSubstr;
+using testing::Not;
+
+TEST(VxlSyncTerminal, ShowsABarOnATerminal)
+{
+    const wave::TempFolder folder;
+    const std::string path = folder.write("short.wav", sounds::recordingOf(1, 0, 5));
+
+    const Outcome run = program::runOnTerminal({path});
+
+    EXPECT_THAT(run.err, HasSubstr("Extracting  [####"));
+    EXPECT_THAT(run.err, HasSubstr("Comparing   [####"));
+    EXPECT_THAT(run.err, HasSubstr("\rSTARTING: " + path + " (id 1)\r\n"));
+    EXPECT_EQ(run.exitCode, 4);
+}
+
+TEST(VxlSyncTerminal, LeavesNothingOfTheBarBehind)
+{
+    const wave::TempFolder folder;
+    const std::string path = folder.write("short.wav", sounds::recordingOf(1, 0, 5));
+
+    const Outcome run = program::runOnTerminal({path});
+
+    // The last thing drawn is the blank that covers the bar.
+    EXPECT_THAT(run.err, testing::EndsWith(std::string(40, ' ') + "\r"));
+}
+
+TEST(VxlSyncTerminal, KeepsTheBarOutOfAFile)
+{
+    const wave::TempFolder folder;
+    const std::string path = folder.write("short.wav", sounds::recordingOf(1, 0, 5));
+
+    const Outcome run = program::run({path});
+
+    EXPECT_THAT(run.err, Not(HasSubstr("[")));
+    EXPECT_THAT(run.err, Not(HasSubstr("\r")));
+}
+
+} // namespace
