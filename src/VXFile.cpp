@@ -1,6 +1,8 @@
 #include "VXFile.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <memory>
 #include <new>
 
@@ -16,6 +18,9 @@ namespace
 // 49 days at the default hop, take 17 GB. A wider span comes from damaged landmarks and not from a
 // recording, and walking it would end in exhausted memory after minutes.
 constexpr std::uint64_t maxDenseFrames = std::uint64_t{1} << 27u;
+
+// What one peak gives with the default limit, which spares most frames every growth of their list.
+constexpr std::size_t usualLandmarks = 12;
 
 } // namespace
 
@@ -34,7 +39,13 @@ void VXFile::addLandmark(VXLandmark* landmark)
 
     clfDirty = true;
     const std::int64_t offset = landmark->getOffset();
-    landmarks[offset].push_back(landmark);
+    // Extraction adds frame after frame, so most go to the last one or behind it.
+    auto frame = landmarks.empty() ? landmarks.end() : std::prev(landmarks.end());
+    if (frame == landmarks.end() || frame->first != offset) {
+        frame = landmarks.emplace_hint(landmarks.end(), offset, std::vector<VXLandmark*>());
+        frame->second.reserve(usualLandmarks);
+    }
+    frame->second.push_back(landmark);
     holder.release();
     if (offset >= maxLandmarkOffsetTime) maxLandmarkOffsetTime = offset;
     if (offset <= minLandmarkOffsetTime) minLandmarkOffsetTime = offset;
@@ -52,13 +63,19 @@ void VXFile::computeCLF()
     if (span >= maxDenseFrames) throw std::bad_alloc();
 
     std::int64_t total = 0;
-    for (std::int64_t frame = minLandmarkOffsetTime; frame <= maxLandmarkOffsetTime; ++frame) {
+    auto frame = landmarks.begin();
+    auto count = clf.begin();
+    for (std::int64_t t = minLandmarkOffsetTime; t <= maxLandmarkOffsetTime; ++t) {
         // Frames without landmarks get an empty entry, so that every frame of the range can be
         // looked up afterwards.
-        total += static_cast<std::int64_t>(landmarks[frame].size());
+        if (frame == landmarks.end() || frame->first != t)
+            frame = landmarks.emplace_hint(frame, t, std::vector<VXLandmark*>());
+        total += static_cast<std::int64_t>(frame->second.size());
+        ++frame;
         // A count that stands from an earlier computation stays, also where landmarks were added
         // since: overwriting it would change the counts that a merge has already been built on.
-        clf.insert({frame, total});
+        if (count == clf.end() || count->first != t) count = clf.emplace_hint(count, t, total);
+        ++count;
     }
     clfDirty = false;
 }

@@ -3,6 +3,137 @@
 namespace VXS
 {
 
+namespace
+{
+
+// A byte from 1 to 127 is a bin one offset above the one before it, with that many votes. Any other
+// bin is this mark, the step from the bin before it, and its votes, both in groups of seven bits
+// with the lowest first and the top bit set in all but the last byte.
+constexpr std::uint8_t spelledOut = 0;
+constexpr std::uint64_t lowBits = 0x7Fu;
+constexpr std::uint8_t moreFollows = 0x80u;
+
+void packNumber(std::vector<std::uint8_t>& packed, std::uint64_t number)
+{
+    while (number > lowBits) {
+        packed.push_back(static_cast<std::uint8_t>((number & lowBits) | moreFollows));
+        number >>= 7u;
+    }
+    packed.push_back(static_cast<std::uint8_t>(number));
+}
+
+std::uint64_t unpackNumber(const std::uint8_t*& position)
+{
+    std::uint64_t number = 0;
+    unsigned int shift = 0;
+    while ((*position & moreFollows) != 0u) {
+        number |= (*position & lowBits) << shift;
+        shift += 7u;
+        ++position;
+    }
+    number |= static_cast<std::uint64_t>(*position) << shift;
+    ++position;
+    return number;
+}
+
+// Unsigned, so that steps between any two offsets are defined.
+std::uint64_t stepBetween(std::int64_t lower, std::int64_t higher)
+{
+    return static_cast<std::uint64_t>(higher) - static_cast<std::uint64_t>(lower);
+}
+
+std::int64_t stepFrom(std::int64_t offset, std::uint64_t step)
+{
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(offset) + step);
+}
+
+} // namespace
+
+VXHistogram::const_iterator::const_iterator(const std::uint8_t* first, const std::uint8_t* end,
+                                            std::int64_t before)
+    : position(first), next(first), packedEnd(end), bin{before, 0}
+{
+    if (position != packedEnd) unpack();
+}
+
+VXHistogram::const_iterator& VXHistogram::const_iterator::operator++()
+{
+    position = next;
+    if (position != packedEnd) unpack();
+    return *this;
+}
+
+void VXHistogram::const_iterator::unpack()
+{
+    const std::uint8_t head = *next;
+    ++next;
+    if (head != spelledOut) {
+        bin.offset = stepFrom(bin.offset, 1);
+        bin.votes = head;
+        return;
+    }
+    bin.offset = stepFrom(bin.offset, unpackNumber(next));
+    bin.votes = unpackNumber(next);
+}
+
+VXHistogram::const_iterator VXHistogram::begin() const
+{
+    const std::uint8_t* first = packed.data();
+    return const_iterator(first, first + packed.size(), firstOffset);
+}
+
+VXHistogram::const_iterator VXHistogram::end() const
+{
+    const std::uint8_t* end = packed.data() + packed.size();
+    return const_iterator(end, end, lastOffset);
+}
+
+VXHistogram::const_iterator VXHistogram::find(std::int64_t offset) const
+{
+    const const_iterator stop = end();
+    for (const_iterator bin = begin(); bin != stop; ++bin) {
+        if (bin->offset == offset) return bin;
+        if (bin->offset > offset) break;
+    }
+    return stop;
+}
+
+void VXHistogram::append(std::int64_t offset, std::uint64_t votes)
+{
+    // The first bin is a step of 0 from itself.
+    if (empty()) {
+        firstOffset = offset;
+        lastOffset = offset;
+    }
+    const std::uint64_t step = stepBetween(lastOffset, offset);
+    if (step == 1 && votes > 0 && votes <= lowBits) {
+        packed.push_back(static_cast<std::uint8_t>(votes));
+    } else {
+        packed.push_back(spelledOut);
+        packNumber(packed, step);
+        packNumber(packed, votes);
+    }
+    lastOffset = offset;
+    ++binCount;
+
+    const auto count = static_cast<float>(votes);
+    // Equal counts hand over to the later bin: bins rise, so of a tie the highest offset wins.
+    if (count >= best.votes) best = {count, offset};
+}
+
+void VXHistogram::keepEnds(std::int64_t offset, const Ends& ends)
+{
+    keptEnds.emplace_back(offset, ends);
+}
+
+VXHistogram::Ends VXHistogram::endsOf(std::int64_t offset) const
+{
+    for (const auto& kept : keptEnds) {
+        if (kept.first == offset) return kept.second;
+    }
+    return {};
+}
+
 void deleteVXHistogramSet(VXHistogramSet*& histograms)
 {
     if (histograms == nullptr) return;

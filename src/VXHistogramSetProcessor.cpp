@@ -17,11 +17,6 @@ namespace VXS
 namespace
 {
 
-struct BestBin {
-    float votes = 0.0f;
-    std::int64_t offset = 0;
-};
-
 struct Noise {
     float meanCount;
     float stdDevCount;
@@ -50,17 +45,6 @@ float countLandmarks(VXFile* file, std::int64_t start, std::int64_t end)
     return static_cast<float>(file->queryNumberLandmarksInBetween(start, end));
 }
 
-BestBin findBestBin(const VXHistogram& histogram)
-{
-    BestBin best;
-    for (const auto& bin : histogram) {
-        const auto votes = static_cast<float>(bin.second.size());
-        // Equal counts hand over to the later bin: bins rise, so of a tie the highest offset wins.
-        if (votes >= best.votes) best = {votes, bin.first};
-    }
-    return best;
-}
-
 // The mean is taken over the frames of the overlap, the number of bins that the pair could have
 // had, while the squares are summed over the bins that exist. Taken over the existing bins alone
 // the noise would look larger, and short overlaps would lose their links.
@@ -71,12 +55,12 @@ Noise measureNoise(const VXHistogram* histogram, float overlapLength)
 
     float sum = 0.0f;
     for (const auto& bin : *histogram)
-        sum += static_cast<float>(bin.second.size());
+        sum += static_cast<float>(bin.votes);
     const float mean = sum / overlapLength;
 
     float squares = 0.0f;
     for (const auto& bin : *histogram) {
-        const float distance = static_cast<float>(bin.second.size()) - mean;
+        const float distance = static_cast<float>(bin.votes) - mean;
         const float square = distance * distance;
         squares += square;
     }
@@ -103,7 +87,8 @@ VXMergeStatsSet* VXHistogramSetProcessor::run(VXFileSet* fileSet, VXHistogramSet
         record.fileA = pair.first;
         record.fileB = pair.second;
 
-        const BestBin best = histogram == nullptr ? BestBin() : findBestBin(*histogram);
+        const VXHistogram::Best best =
+            histogram == nullptr ? VXHistogram::Best() : histogram->bestBin();
         record.peakCount = best.votes;
         record.bestOffset = static_cast<float>(best.offset);
 
@@ -175,12 +160,14 @@ void VXHistogramSetProcessor::offset2Percetage(const std::pair<std::int64_t, std
     const auto bin = histogram->find(offset);
     if (bin == histogram->end()) return;
 
-    std::int64_t greatest = std::numeric_limits<std::int64_t>::min();
-    std::int64_t least = std::numeric_limits<std::int64_t>::max();
-    for (const VXLandmark* landmark : bin->second) {
-        greatest = std::max(greatest, landmark->getOffset());
-        least = std::min(least, landmark->getOffset());
-    }
+    const VXHistogram::Ends ends = histogram->endsOf(offset);
+    const bool areKept = ends.least != nullptr && ends.greatest != nullptr;
+    // Only the best bin of a pair keeps its ends, and no other is ever measured.
+    if (!areKept && bin->votes > 0) return;
+    const std::int64_t greatest =
+        areKept ? ends.greatest->getOffset() : std::numeric_limits<std::int64_t>::min();
+    const std::int64_t least =
+        areKept ? ends.least->getOffset() : std::numeric_limits<std::int64_t>::max();
 
     // The votes are the first file's landmarks, so the span stands in its time already.
     auto& files = fileSet->getFiles();
@@ -188,7 +175,7 @@ void VXHistogramSetProcessor::offset2Percetage(const std::pair<std::int64_t, std
     const float countB =
         countLandmarks(files[pair.second], difference(least, offset), difference(greatest, offset));
     templateMatchLength = static_cast<float>(difference(greatest, least));
-    const auto votes = static_cast<float>(bin->second.size());
+    const auto votes = static_cast<float>(bin->votes);
     percentA = votes / countA;
     percentB = votes / countB;
 

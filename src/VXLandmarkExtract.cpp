@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <exception>
 #include <iostream>
 #include <memory>
@@ -9,6 +10,7 @@
 #include "VXFile.h"
 #include "VXFileSet.h"
 #include "VXLandmark.h"
+#include "VXMultiversion.h"
 #include "vxaccelerate/transform.h"
 #include "wavfile.h"
 
@@ -39,21 +41,152 @@ void deletePeaks(std::vector<Peak*>& peaks)
     peaks.clear();
 }
 
-float magnitudeOf(const float* bin)
+// One part of the range from 0.7 to 1.4, by a number c within it.
+struct LogarithmCell {
+    double reciprocal;
+    double logarithm;
+};
+
+constexpr LogarithmCell logarithmCells[16] = {
+    {0x1.661ec79f8f3bep+0, -0x1.57bf7808caadep-2}, {0x1.571ed4aaf883dp+0, -0x1.2bef0a7c06ddbp-2},
+    {0x1.49539f0f010bp+0, -0x1.01eae7f513a67p-2},  {0x1.3c995b0b80385p+0, -0x1.b31d8a68224e9p-3},
+    {0x1.30d190c8864a5p+0, -0x1.6574f0ac07758p-3}, {0x1.25e227b0b8eap+0, -0x1.1aa2bc79c81p-3},
+    {0x1.1bb4a4a1a343fp+0, -0x1.a4e76ce8c0e5ep-4}, {0x1.12358f08ae5bap+0, -0x1.1973c5a611cccp-4},
+    {0x1.0953f419900a7p+0, -0x1.252f438e10c1ep-5}, {0x1p+0, 0x0p+0},
+    {0x1.e608cfd9a47acp-1, 0x1.aa5aa5df25984p-5},  {0x1.ca4b31f026aap-1, 0x1.c5e53aa362eb4p-4},
+    {0x1.b2036576afce6p-1, 0x1.526e57720db08p-3},  {0x1.9c2d163a1aa2dp-1, 0x1.bc2860d22477p-3},
+    {0x1.886e6037841edp-1, 0x1.1058bc8a07ee1p-2},  {0x1.767dcf5534862p-1, 0x1.4043057b6ee09p-2},
+};
+
+constexpr std::uint32_t leastNormal = 0x00800000u;
+constexpr std::uint32_t infinityBits = 0x7F800000u;
+// The level of digital silence, about -313 dB; it spares the logarithm its infinity.
+constexpr float silence = 2.2204e-16f;
+
+std::uint32_t bitsOf(float number)
 {
-    const float real = bin[0] * bin[0];
-    const float imaginary = bin[1] * bin[1];
-    return std::sqrt(real + imaginary);
+    std::uint32_t bits;
+    std::memcpy(&bits, &number, sizeof(bits));
+    return bits;
 }
 
-float levelOf(float magnitude)
+float floatOf(std::uint32_t bits)
 {
-    // The addend is the level of digital silence, about -313 dB, and spares the logarithm its
-    // infinity.
-    const float shifted = magnitude + 2.2204e-16f;
-    const float natural = std::log(shifted);
-    const float decades = natural / 2.3025851f;
-    return decades * 20.0f;
+    float number;
+    std::memcpy(&number, &bits, sizeof(number));
+    return number;
+}
+
+// e to the power of a number that is not positive, the same on every platform: double precision
+// makes the one rounding at the end the right one.
+float exponential(float exponent)
+{
+    constexpr double twosPerE = 1.4426950408889634;
+    constexpr double log2High = 0x1.62e42fee00000p-1;
+    constexpr double log2Low = 0x1.a39ef35793c76p-33;
+    constexpr float leastExponent = -150.0f;
+    constexpr int terms = 14;
+    // Far below the least number that single precision holds.
+    if (exponent < leastExponent) return 0.0f;
+    if (std::isnan(exponent)) return exponent;
+    const auto x = static_cast<double>(exponent);
+    const double twos = std::floor(x * twosPerE + 0.5);
+    const double rest = (x - twos * log2High) - twos * log2Low;
+    double term = 1.0;
+    double sum = 1.0;
+    for (int n = 1; n <= terms; ++n) {
+        term *= rest / static_cast<double>(n);
+        sum += term;
+    }
+    return static_cast<float>(std::ldexp(sum, static_cast<int>(twos)));
+}
+
+// The passes over one frame. Each is a loop over arrays and nothing else, so that compilers
+// vectorise it.
+
+VXS_MULTIVERSION void powersOf(const float* __restrict spectrum, float* __restrict powers,
+                               float* __restrict greatest, std::ptrdiff_t bins)
+{
+    for (std::ptrdiff_t i = 0; i < bins; ++i) {
+        const float real = spectrum[2 * i] * spectrum[2 * i];
+        const float imaginary = spectrum[2 * i + 1] * spectrum[2 * i + 1];
+        const float power = real + imaginary;
+        powers[i] = power;
+        greatest[i] = power >= greatest[i] ? power : greatest[i];
+    }
+}
+
+// Bounds of each bin's excess over the threshold, from the bits of its power: read as a whole
+// number they are its logarithm but for 0.0861 of a power of two at most, which is 0.26 dB. What is
+// known to be no peak by these bounds needs no logarithm. Returns the greatest bits; from those of
+// infinity on there are no bounds.
+VXS_MULTIVERSION std::int32_t boundExcess(const float* __restrict powers,
+                                          const float* __restrict threshold,
+                                          float* __restrict lower, float* __restrict upper,
+                                          std::ptrdiff_t bins)
+{
+    constexpr float levelOfTwo = 3.01029996f;
+    constexpr float scale = levelOfTwo / 8388608.0f;
+    constexpr float rounding = 0.01f;
+    constexpr float lowerConstant = levelOfTwo * -127.0f - rounding;
+    constexpr float upperConstant = levelOfTwo * (-127.0f + 0.0861f) + rounding;
+    // The bits of 1e-24, a level of -240 dB: below, the addend of the level counts.
+    constexpr std::int32_t leastPower = 0x179ABE15;
+    std::int32_t greatest = 0;
+    for (std::ptrdiff_t i = 0; i < bins; ++i) {
+        std::int32_t bits;
+        std::memcpy(&bits, powers + i, sizeof(bits));
+        const std::int32_t raised = bits < leastPower ? leastPower : bits;
+        const std::int32_t withoutSign = bits & 0x7FFFFFFF;
+        greatest = withoutSign > greatest ? withoutSign : greatest;
+        lower[i] = static_cast<float>(bits) * scale + lowerConstant - threshold[i];
+        upper[i] = static_cast<float>(raised) * scale + upperConstant - threshold[i];
+    }
+    return greatest;
+}
+
+VXS_MULTIVERSION void excessOf(float level, const float* __restrict threshold,
+                               float* __restrict excess, std::ptrdiff_t bins)
+{
+    for (std::ptrdiff_t i = 0; i < bins; ++i)
+        excess[i] = level - threshold[i];
+}
+
+// Marks the bins that may be a strict maximum of the excess above 0.
+VXS_MULTIVERSION void markMaxima(const float* lower, const float* upper,
+                                 std::uint8_t* __restrict marks, std::ptrdiff_t bins)
+{
+    for (std::ptrdiff_t i = 1; i < bins - 1; ++i) {
+        const bool isAbove = upper[i] > 0.0f;
+        const bool exceedsLeft = upper[i] > lower[i - 1];
+        const bool exceedsRight = upper[i] > lower[i + 1];
+        marks[i] = static_cast<std::uint8_t>(isAbove & exceedsLeft & exceedsRight);
+    }
+}
+
+VXS_MULTIVERSION void lowerBy(float* __restrict threshold, float decay, std::ptrdiff_t bins)
+{
+    for (std::ptrdiff_t i = 0; i < bins; ++i)
+        threshold[i] -= decay;
+}
+
+// Each level keeps its value or takes that of the mask, if that is not less.
+VXS_MULTIVERSION void raiseTo(float* __restrict levels, const float* __restrict mask,
+                              float amplitude, std::ptrdiff_t count)
+{
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        const float raised = amplitude + mask[i];
+        levels[i] = raised < levels[i] ? levels[i] : raised;
+    }
+}
+
+// Also of negative zeros.
+VXS_MULTIVERSION bool areZero(const float* __restrict samples, std::size_t count)
+{
+    std::uint32_t anyBit = 0;
+    for (std::size_t i = 0; i < count; ++i)
+        anyBit |= bitsOf(samples[i]);
+    return anyBit << 1u == 0;
 }
 
 std::string extensionOf(const std::string& path)
@@ -71,6 +204,97 @@ std::string shortNameOf(const std::string& path)
 }
 
 } // namespace
+
+// The mask of a peak, mirrored at its middle, so that raising levels by it is one pass over two
+// arrays. Distances that the shape does not reach raise nothing.
+class VXLandmarkExtract::Mask
+{
+public:
+    explicit Mask(const std::vector<float>& shape)
+        : reach(static_cast<std::ptrdiff_t>(shape.size())), mirrored(shape.rbegin(), shape.rend())
+    {
+        if (reach > 1) mirrored.insert(mirrored.end(), shape.begin() + 1, shape.end());
+    }
+
+    void raise(float* levels, std::ptrdiff_t count, std::ptrdiff_t center, float amplitude) const
+    {
+        const std::ptrdiff_t first = std::max<std::ptrdiff_t>(0, center - reach + 1);
+        const std::ptrdiff_t end = std::min(count, center + reach);
+        if (first >= end) return;
+        raiseTo(levels + first, mirrored.data() + (first - center + reach - 1), amplitude,
+                end - first);
+    }
+
+private:
+    std::ptrdiff_t reach;
+    std::vector<float> mirrored;
+};
+
+// The samples of one frame, and the block that the next ones are read into.
+struct VXLandmarkExtract::SlidingFrame {
+    explicit SlidingFrame(const VXExtractParams& params)
+        : block(static_cast<std::int32_t>(params.getHopSize())),
+          frame(static_cast<std::int32_t>(params.getFftSize())),
+          silentSamples(params.getFftSize())
+    {
+        std::fill(frame.data, frame.data + frame.count(), 0.0f);
+    }
+
+    bool isSilent() const { return silentSamples >= static_cast<std::size_t>(frame.count()); }
+
+    array<float> block;
+    array<float> frame;
+    // How many samples at the end of the frame are known to be 0.
+    std::size_t silentSamples;
+};
+
+// The powers of one frame's bins, and what is worked out from them.
+struct VXLandmarkExtract::Spectrum {
+    explicit Spectrum(std::size_t bins)
+        : powers(bins),
+          greatest(bins),
+          lower(bins),
+          upper(bins),
+          marks((bins / markGroup + 1) * markGroup)
+    {
+    }
+
+    // Marks every bin that can be a peak, and few others.
+    void markPeaks(const array<float>& threshold)
+    {
+        const auto bins = static_cast<std::ptrdiff_t>(powers.size());
+        if (isSilent) {
+            excessOf(levelAt(0), threshold.data, upper.data(), bins);
+            markMaxima(upper.data(), upper.data(), marks.data(), bins);
+            return;
+        }
+        const std::int32_t greatestBits =
+            boundExcess(powers.data(), threshold.data, lower.data(), upper.data(), bins);
+        if (static_cast<std::uint32_t>(greatestBits) >= infinityBits) {
+            for (std::size_t i = 0; i < powers.size(); ++i) {
+                lower[i] = levelAt(i) - threshold.data[i];
+            }
+            upper = lower;
+        }
+        markMaxima(lower.data(), upper.data(), marks.data(), bins);
+    }
+
+    float magnitudeAt(std::size_t bin) const { return std::sqrt(powers[bin]); }
+    float levelAt(std::size_t bin) const { return levelOf(magnitudeAt(bin)); }
+
+    // Marks are looked through this many at a time.
+    static constexpr std::size_t markGroup = sizeof(std::uint64_t);
+
+    std::vector<float> powers;
+    // The greatest power of each bin in the recording so far.
+    std::vector<float> greatest;
+    std::vector<float> lower;
+    std::vector<float> upper;
+    std::vector<std::uint8_t> marks;
+    // The bins that are peaks unless a louder one masks them. Refilled for each frame.
+    std::vector<Peak> candidates;
+    bool isSilent = true;
+};
 
 WavInput::WavInput(wavfile_t* newFile) : file(newFile) {}
 
@@ -97,7 +321,9 @@ bool WavInput::rewind()
 
 void Peak::print()
 {
-    std::cout << "f: " << frequency << " a: " << amplitude << " t:" << time << std::endl;
+    // Decimal whatever the host has set on the stream; the level in the stream's own format.
+    std::cout << "f: " << std::to_string(frequency) << " a: " << amplitude
+              << " t:" << std::to_string(time) << std::endl;
 }
 
 VXLandmarkExtract::VXLandmarkExtract(VXExtractParams newParams)
@@ -133,7 +359,7 @@ VXFileSet* VXLandmarkExtract::runAll(const std::vector<std::string>& paths)
     std::vector<std::unique_ptr<VXFile>> files(kept.size());
     for (std::size_t i = 0; i < kept.size(); ++i) {
         const auto id = static_cast<std::int64_t>(i) + 1;
-        std::cout << "STARTING: " << kept[i] << " (id " << id << ")\n";
+        std::cout << "STARTING: " << kept[i] << " (id " << std::to_string(id) << ")\n";
         files[i].reset(run(kept[i], id));
         std::cout << "FEATURE EXTRACTION COMPLETE: " << kept[i] << std::endl;
     }
@@ -214,6 +440,39 @@ void VXLandmarkExtract::setupFFT()
     fftReady = true;
 }
 
+// The same to the bit as the logarithm of the most common platform, so that levels do not hang on
+// the mathematics library. A number is 2^k times z with z from 0.7 to 1.4. With c and log(c) of z's
+// cell, r = z / c - 1 is small, and the logarithm is k log(2) + log(c) + log(1 + r), the last by a
+// polynomial: all in double precision, and rounded once at the end.
+float VXLandmarkExtract::naturalLogarithm(float number)
+{
+    constexpr double log2 = 0x1.62e42fefa39efp-1;
+    constexpr double second = -0x1.ffffef20a4123p-2;
+    constexpr double third = 0x1.5575b0be00b6ap-2;
+    constexpr double fourth = -0x1.00ea348b88334p-2;
+    constexpr std::uint32_t leastZ = 0x3F330000u;
+    const std::uint32_t bits = bitsOf(number);
+    if (bits - leastNormal >= infinityBits - leastNormal) return std::log(number);
+
+    const std::uint32_t aboveLeastZ = bits - leastZ;
+    const LogarithmCell& cell = logarithmCells[(aboveLeastZ >> 19u) & 15u];
+    const std::int32_t twos = static_cast<std::int32_t>(aboveLeastZ) >> 23;
+    const auto z = static_cast<double>(floatOf(bits - (aboveLeastZ & 0xFF800000u)));
+    const double r = z * cell.reciprocal - 1.0;
+    const double sum = cell.logarithm + static_cast<double>(twos) * log2;
+    const double r2 = r * r;
+    const double higher = fourth * r2 + (third * r + second);
+    return static_cast<float>(higher * r2 + (sum + r));
+}
+
+float VXLandmarkExtract::levelOf(float magnitude)
+{
+    const float shifted = magnitude + silence;
+    const float natural = naturalLogarithm(shifted);
+    const float decades = natural / 2.3025851f;
+    return decades * 20.0f;
+}
+
 std::int32_t VXLandmarkExtract::binCount() const
 {
     return static_cast<std::int32_t>(params.getFftSize() / 2u);
@@ -243,31 +502,21 @@ void VXLandmarkExtract::smooth(array<float>& envelope)
             c + 1 < count ? envelope.data[c + 1] : -std::numeric_limits<float>::infinity();
         if (level > envelope.data[c - 1] && level > right) maxima.push_back({c, level, 0});
     }
+    if (maxima.empty()) return;
+    const Mask mask(maskShape);
     for (const Peak& peak : maxima) {
-        raiseByMask(envelope.data, count, peak.frequency, peak.amplitude);
-    }
-}
-
-// Distances that the mask does not reach raise nothing.
-void VXLandmarkExtract::raiseByMask(float* levels, std::int32_t count, std::int32_t center,
-                                    float amplitude) const
-{
-    const auto reach = static_cast<std::int64_t>(maskShape.size());
-    const auto first = static_cast<std::int32_t>(std::max<std::int64_t>(0, center - reach + 1));
-    const auto end = static_cast<std::int32_t>(std::min<std::int64_t>(count, center + reach));
-    for (std::int32_t k = first; k < end; ++k) {
-        const float raised = amplitude + maskShape[static_cast<std::size_t>(std::abs(k - center))];
-        levels[k] = raised < levels[k] ? levels[k] : raised;
+        mask.raise(envelope.data, count, peak.frequency, peak.amplitude);
     }
 }
 
 // Moves the frame on by one hop. Where a hop is longer than the transform, the newest samples of
 // the block make the frame, so that a frame always ends with the last sample of its hop.
-void VXLandmarkExtract::slideFrame(array<float>& block, array<float>& frame, VXInput* input,
-                                   bool read)
+void VXLandmarkExtract::slide(SlidingFrame& sliding, VXInput* input, bool read) const
 {
     const std::size_t fftSize = params.getFftSize();
     const std::size_t hopSize = params.getHopSize();
+    array<float>& block = sliding.block;
+    array<float>& frame = sliding.frame;
     std::fill(block.data, block.data + hopSize, 0.0f);
     if (read) input->read_mono(block);
     if (static_cast<std::int64_t>(block.count()) != static_cast<std::int64_t>(hopSize)) {
@@ -280,34 +529,40 @@ void VXLandmarkExtract::slideFrame(array<float>& block, array<float>& frame, VXI
     }
 
     const std::size_t taken = std::min(hopSize, fftSize);
+    const float* newest = block.data + (hopSize - taken);
+    const bool isSilence = areZero(newest, taken);
+    if (isSilence && sliding.isSilent()) return;
+    sliding.silentSamples = isSilence ? sliding.silentSamples + taken : 0;
     std::copy(frame.data + taken, frame.data + fftSize, frame.data);
-    std::copy(block.data + (hopSize - taken), block.data + hopSize, frame.data + (fftSize - taken));
+    std::copy(newest, newest + taken, frame.data + (fftSize - taken));
 }
 
-// Leaves the spectrum in fftOutput and in fftInput. The samples are not windowed: the keys of every
-// recording rest on the raw spectrum.
-void VXLandmarkExtract::transformFrame(const array<float>& frame)
+// Leaves the powers of the frame in `spectrum`. The samples are not windowed: the keys of every
+// recording rest on the raw spectrum. Silence has a known one.
+void VXLandmarkExtract::analyse(const SlidingFrame& sliding, Spectrum& spectrum)
 {
-    std::copy(frame.data, frame.data + params.getFftSize(), fftInput.data);
-    vxaccelerate::transform::FFTFwd(fftInput.data, fftOutput.data, fftState, fftBuffer.data);
-    fftInput.resize(fftOutput.dim0, fftOutput.dim1, fftOutput.dim2);
-    std::copy(fftOutput.data, fftOutput.data + fftOutput.count(), fftInput.data);
+    if (sliding.isSilent()) {
+        if (!spectrum.isSilent) std::fill(spectrum.powers.begin(), spectrum.powers.end(), 0.0f);
+        spectrum.isSilent = true;
+        return;
+    }
+    vxaccelerate::transform::FFTFwd(sliding.frame.data, fftOutput.data, fftState, fftBuffer.data);
+    powersOf(fftOutput.data, spectrum.powers.data(), spectrum.greatest.data(),
+             static_cast<std::ptrdiff_t>(spectrum.powers.size()));
+    spectrum.isSilent = false;
 }
 
 void VXLandmarkExtract::computeInitialThreshold(array<float>& threshold, VXInput* input)
 {
     if (!fftReady || input == nullptr) return;
-    array<float> block(static_cast<std::int32_t>(params.getHopSize()));
-    array<float> frame(static_cast<std::int32_t>(params.getFftSize()));
-    std::fill(frame.data, frame.data + frame.count(), 0.0f);
-
+    SlidingFrame sliding(params);
+    Spectrum spectrum(static_cast<std::size_t>(binCount()));
     const std::int32_t count = std::min(binCount(), threshold.count());
     for (std::uint32_t opening = 0; opening < params.initialFrames; ++opening) {
-        slideFrame(block, frame, input, true);
-        transformFrame(frame);
+        slide(sliding, input, true);
+        analyse(sliding, spectrum);
         for (std::int32_t k = 0; k < count; ++k) {
-            const float magnitude = magnitudeOf(fftOutput.data + 2 * k);
-            fftInput.data[k] = magnitude;
+            const float magnitude = spectrum.magnitudeAt(static_cast<std::size_t>(k));
             if (threshold.data[k] < magnitude) threshold.data[k] = magnitude;
         }
     }
@@ -336,7 +591,7 @@ void VXLandmarkExtract::fillMaskShape()
     for (std::size_t i = 0; i < maskShape.size(); ++i) {
         const float deviations = static_cast<float>(i) / params.maskWidth;
         const float square = deviations * deviations;
-        const float bell = std::exp(square * -0.5f) * params.maskHeight;
+        const float bell = exponential(square * -0.5f) * params.maskHeight;
         maskShape[i] = bell - params.maskHeight;
     }
 }
@@ -348,64 +603,78 @@ void VXLandmarkExtract::findFreqPeaks(VXInput* input)
     if (params.initialFrames > frameCount) return;
 
     const std::int32_t bins = binCount();
-    array<float> block(static_cast<std::int32_t>(params.getHopSize()));
-    array<float> frame(static_cast<std::int32_t>(params.getFftSize()));
+    SlidingFrame sliding(params);
     array<float> threshold(bins);
-    std::fill(frame.data, frame.data + frame.count(), 0.0f);
     std::fill(threshold.data, threshold.data + bins, 0.0f);
     fillMaskShape();
     computeInitialThreshold(threshold, input);
     smooth(threshold);
     input->rewind();
 
-    std::vector<float> excess(static_cast<std::size_t>(bins));
-    float maxMagnitude = 0.0f;
+    const Mask mask(maskShape);
+    Spectrum spectrum(static_cast<std::size_t>(bins));
+    frames->reserve(frameCount);
     for (std::uint32_t f = 0; f < frameCount; ++f) {
         // The last frame reads nothing: it is the frame before it with silence behind.
-        slideFrame(block, frame, input, f < frameCount - 1);
-        transformFrame(frame);
-        for (std::int32_t i = 0; i < bins; ++i) {
-            const float magnitude = magnitudeOf(fftOutput.data + 2 * i);
-            if (magnitude >= maxMagnitude) maxMagnitude = magnitude;
-            const float level = levelOf(magnitude);
-            fftInput.data[i] = level;
-            excess[static_cast<std::size_t>(i)] = level - threshold.data[i];
-        }
-        addPeaks(excess, threshold, static_cast<std::int32_t>(f));
-        for (std::int32_t k = 0; k < bins; ++k)
-            threshold.data[k] -= params.thresholdDecay;
+        slide(sliding, input, f < frameCount - 1);
+        analyse(sliding, spectrum);
+        spectrum.markPeaks(threshold);
+        addPeaks(spectrum, mask, threshold, static_cast<std::int32_t>(f));
+        lowerBy(threshold.data, params.thresholdDecay, bins);
     }
-    removeBelowFloor(maxMagnitude);
+    if (frameCount > 0) {
+        for (std::int32_t i = 0; i < bins; ++i) {
+            fftInput.data[i] = spectrum.levelAt(static_cast<std::size_t>(i));
+        }
+    }
+    removeBelowFloor(
+        std::sqrt(*std::max_element(spectrum.greatest.begin(), spectrum.greatest.end())));
 }
 
 // Appends the list of one frame: the strict local maxima of the excess that stand above the
 // threshold as the louder ones of them have raised it.
-void VXLandmarkExtract::addPeaks(const std::vector<float>& excess, array<float>& threshold,
+void VXLandmarkExtract::addPeaks(Spectrum& spectrum, const Mask& mask, array<float>& threshold,
                                  std::int32_t time)
 {
-    frames->push_back(nullptr);
-    frames->back() = new std::vector<Peak*>();
-    std::vector<Peak*>& peaks = *frames->back();
+    auto list = std::make_unique<std::vector<Peak*>>();
+    frames->push_back(list.get());
+    std::vector<Peak*>& peaks = *list.release();
 
-    std::vector<Peak> candidates;
-    for (std::size_t i = 1; i + 1 < excess.size(); ++i) {
-        if (!(excess[i] > excess[i - 1] && excess[i] > excess[i + 1])) continue;
+    std::vector<Peak>& candidates = spectrum.candidates;
+    candidates.clear();
+    const auto excessAt = [&spectrum, &threshold](std::size_t bin) {
+        return spectrum.levelAt(bin) - threshold.data[bin];
+    };
+    const auto addCandidate = [&](std::size_t bin) {
+        const float level = spectrum.levelAt(bin);
         // The threshold only rises within a frame, so what does not exceed it now never will.
-        if (!(fftInput.data[i] > threshold.data[i])) continue;
-        candidates.push_back({static_cast<std::int32_t>(i), fftInput.data[i], time});
+        if (!(level > threshold.data[bin])) return;
+        const float excess = level - threshold.data[bin];
+        if (!(excess > excessAt(bin - 1) && excess > excessAt(bin + 1))) return;
+        candidates.push_back({static_cast<std::int32_t>(bin), level, time});
+    };
+    for (std::size_t first = 0; first < spectrum.marks.size(); first += Spectrum::markGroup) {
+        std::uint64_t group;
+        std::memcpy(&group, spectrum.marks.data() + first, sizeof(group));
+        if (group == 0) continue;
+        for (std::size_t bin = first; bin < first + Spectrum::markGroup; ++bin) {
+            if (spectrum.marks[bin] != 0) addCandidate(bin);
+        }
     }
-    // Stable: of equal levels the lower bin stays first.
-    std::stable_sort(candidates.begin(), candidates.end(), [](const Peak& left, const Peak& right) {
-        return left.amplitude > right.amplitude;
+    // Of equal levels the lower bin comes first.
+    std::sort(candidates.begin(), candidates.end(), [](const Peak& left, const Peak& right) {
+        if (left.amplitude != right.amplitude) return left.amplitude > right.amplitude;
+        return left.frequency < right.frequency;
     });
 
+    peaks.reserve(std::min<std::size_t>(candidates.size(), params.maxPeaksPerFrame));
     for (const Peak& candidate : candidates) {
         if (peaks.size() >= params.maxPeaksPerFrame) break;
         if (!(candidate.amplitude > threshold.data[candidate.frequency])) continue;
         auto peak = std::make_unique<Peak>(candidate);
         peaks.push_back(peak.get());
-        raiseByMask(threshold.data, threshold.count(), peak->frequency, peak->amplitude);
         peak.release();
+        mask.raise(threshold.data, threshold.count(), candidate.frequency, candidate.amplitude);
     }
 }
 
@@ -432,8 +701,9 @@ void VXLandmarkExtract::prune()
     std::copy(fftInput.data, fftInput.data + bins, threshold.data);
     smooth(threshold);
 
+    const Mask mask(maskShape);
     for (auto list = frames->rbegin(); list != frames->rend(); ++list) {
-        const auto isMasked = [this, &threshold](Peak* peak) {
+        const auto isMasked = [&mask, &threshold](Peak* peak) {
             if (peak->frequency < 0 || peak->frequency >= threshold.count()) return false;
             // Strictly below goes, equal stays: in the last frame an unmasked peak is itself the
             // threshold, and would go with a test as strict as that of the forward pass.
@@ -441,7 +711,7 @@ void VXLandmarkExtract::prune()
                 delete peak;
                 return true;
             }
-            raiseByMask(threshold.data, threshold.count(), peak->frequency, peak->amplitude);
+            mask.raise(threshold.data, threshold.count(), peak->frequency, peak->amplitude);
             return false;
         };
         std::vector<Peak*>& peaks = **list;
@@ -504,7 +774,7 @@ void VXLandmarkExtract::printPeaks()
     if (frames == nullptr) return;
     for (std::size_t f = 0; f < frames->size(); ++f) {
         std::vector<Peak*>& peaks = *(*frames)[f];
-        if (!peaks.empty()) std::cout << "FRAME: " << f << std::endl;
+        if (!peaks.empty()) std::cout << "FRAME: " << std::to_string(f) << std::endl;
         sortByAmplitude(peaks);
         for (Peak* peak : peaks)
             peak->print();

@@ -241,15 +241,22 @@ public:
     VXS_API void printPeaks();
 
 private:
+    class Mask;
+    struct SlidingFrame;
+    struct Spectrum;
+
+    // The natural logarithm in single precision, the same on every platform.
+    static float naturalLogarithm(float number);
+    static float levelOf(float magnitude);
+
     void clearFrames();
-    void slideFrame(array<float>& block, array<float>& frame, VXInput* input, bool read);
-    void transformFrame(const array<float>& frame);
+    std::int32_t binCount() const;
     std::uint32_t countFrames(std::uint32_t samples) const;
     void fillMaskShape();
-    void raiseByMask(float* levels, std::int32_t count, std::int32_t center, float amplitude) const;
-    void addPeaks(const std::vector<float>& excess, array<float>& threshold, std::int32_t time);
+    void slide(SlidingFrame& sliding, VXInput* input, bool read) const;
+    void analyse(const SlidingFrame& sliding, Spectrum& spectrum);
+    void addPeaks(Spectrum& spectrum, const Mask& mask, array<float>& threshold, std::int32_t time);
     void removeBelowFloor(float maxMagnitude);
-    std::int32_t binCount() const;
 
     // Null, or a transform state that is valid while fftReady is true.
     vxaccelerate::FFTState_Float* fftState = nullptr;

@@ -9,6 +9,52 @@
 namespace VXS
 {
 
+namespace
+{
+
+// Which files are of one group already: a forest in which each file points towards the root of its
+// group.
+class Ties
+{
+public:
+    explicit Ties(const std::set<std::set<std::int64_t>>& groups)
+    {
+        for (const auto& group : groups) {
+            for (const std::int64_t id : group)
+                parents[id] = *group.begin();
+        }
+    }
+
+    // Answers true if the two ids were apart, or if one of them is of no group.
+    bool tie(std::int64_t firstID, std::int64_t secondID)
+    {
+        if (parents.count(firstID) == 0 || parents.count(secondID) == 0) return true;
+        const std::int64_t firstRoot = rootOf(firstID);
+        const std::int64_t secondRoot = rootOf(secondID);
+        parents[secondRoot] = firstRoot;
+        return firstRoot != secondRoot;
+    }
+
+private:
+    std::int64_t rootOf(std::int64_t id)
+    {
+        while (parents[id] != id) {
+            parents[id] = parents[parents[id]];
+            id = parents[id];
+        }
+        return id;
+    }
+
+    std::map<std::int64_t, std::int64_t> parents;
+};
+
+std::pair<std::int64_t, std::int64_t> ordered(std::int64_t left, std::int64_t right)
+{
+    return {std::min(left, right), std::max(left, right)};
+}
+
+} // namespace
+
 void VXMerger::init(VXFileSet* fileSet)
 {
     if (fileSet == nullptr) return;
@@ -20,21 +66,21 @@ void VXMerger::init(VXFileSet* fileSet)
 void VXMerger::mergeClusters(std::int64_t firstID, std::int64_t secondID)
 {
     if (firstID == secondID) return;
-    std::set<std::int64_t> merged;
     // The first group is taken out before the second is looked for, so that two ids of one group
     // put it back as it was.
-    moveGroupOf(firstID, merged);
-    moveGroupOf(secondID, merged);
+    std::set<std::int64_t> merged = takeGroupOf(firstID);
+    std::set<std::int64_t> smaller = takeGroupOf(secondID);
+    if (merged.size() < smaller.size()) merged.swap(smaller);
+    merged.merge(smaller);
     fileClusters.insert(std::move(merged));
 }
 
-void VXMerger::moveGroupOf(std::int64_t fileID, std::set<std::int64_t>& merged)
+std::set<std::int64_t> VXMerger::takeGroupOf(std::int64_t fileID)
 {
     const auto group = std::find_if(fileClusters.begin(), fileClusters.end(),
                                     [fileID](const auto& ids) { return ids.count(fileID) != 0; });
-    if (group == fileClusters.end()) return;
-    merged.insert(group->begin(), group->end());
-    fileClusters.erase(group);
+    if (group == fileClusters.end()) return {};
+    return std::move(fileClusters.extract(group).value());
 }
 
 void deleteVXClusterResult(VXClusterResult*& result)
@@ -99,11 +145,16 @@ bool VXMergeStatsSetProcessor::isAccepted(const VXMergeStats& record) const
 
 void VXMergeStatsSetProcessor::acceptPairs(VXMergeStatsSet& stats, VXMerger& merger) const
 {
+    Ties ties(merger.fileClusters);
     for (auto& entry : stats) {
         VXMergeStats* record = entry.second;
         if (record == nullptr || !isAccepted(*record)) continue;
         record->merged = true;
-        merger.mergeClusters(record->fileA, record->fileB);
+        // In a large event nearly every accepted pair is of one group already, and looking for it
+        // each time would cost more than all the rest.
+        if (ties.tie(record->fileA, record->fileB)) {
+            merger.mergeClusters(record->fileA, record->fileB);
+        }
     }
 }
 
@@ -113,83 +164,93 @@ VXMergeStatsSetProcessor::collectLinks(const std::set<std::int64_t>& cluster,
 {
     Links links;
     for (auto i = cluster.begin(); i != cluster.end(); ++i) {
+        auto entry = stats.lower_bound(Pair(*i, *i));
         for (auto j = std::next(i); j != cluster.end(); ++j) {
             const Pair pair(*i, *j);
-            // Enters null for a pair without a record: whoever walks the set later finds every pair
-            // of the cluster in it.
-            const VXMergeStats* record = stats[pair];
+            while (entry != stats.end() && entry->first < pair)
+                ++entry;
+            if (entry == stats.end() || entry->first != pair) {
+                // Whoever walks the set later finds every pair of the cluster in it.
+                entry = stats.emplace_hint(entry, pair, nullptr);
+            }
+            const VXMergeStats* record = entry->second;
             // A refused pair is no link, also where other pairs tie its two files together.
             if (record == nullptr || !record->merged) continue;
-            links.linkPeaks[pair] = record->peakCount;
-            links.linkOffsets[pair] = record->bestOffset;
+            links.set(pair, record->peakCount, record->bestOffset);
         }
     }
     return links;
 }
 
-// Finds the strongest link. Of equal ones the last in key order wins. Answers false if no link can
-// be compared at all.
-bool VXMergeStatsSetProcessor::selectLink(const Links& links, Pair& selected)
+void VXMergeStatsSetProcessor::Links::set(const Pair& pair, float peak, float offset)
 {
-    bool found = false;
-    float best = 0.0f;
-    for (const auto& link : links.linkPeaks) {
-        if (link.second >= best) {
-            best = link.second;
-            selected = link.first;
-            found = true;
-        }
-    }
-    return found;
+    Link& link = links[pair];
+    forget(pair, link);
+    link = {peak, offset, true};
+    remember(pair, link);
 }
 
-// Moves the second file's sub-cluster onto the first file's time line and gives its links to the
-// first file. Each file that is left stands at 0 in its sub-cluster, so that a link's offset is the
-// distance between two zeros and needs no correction for what was merged before.
-void VXMergeStatsSetProcessor::applyLink(const Pair& selected, Links& links,
-                                         VXClusterInternal& cluster)
+bool VXMergeStatsSetProcessor::Links::select(Pair& selected) const
+{
+    if (byStrength.empty() || offsets == 0) return false;
+    selected = byStrength.rbegin()->second;
+    return true;
+}
+
+// Each file that is left stands at 0 in its sub-cluster, so that a link's offset is the distance
+// between two zeros and needs no correction for what was merged before.
+void VXMergeStatsSetProcessor::Links::apply(const Pair& selected, VXClusterInternal& cluster)
 {
     const std::int64_t survivor = selected.first;
     const std::int64_t absorbed = selected.second;
-    auto& linkPeaks = links.linkPeaks;
-    auto& linkOffsets = links.linkOffsets;
-    const float distance = linkOffsets[selected];
-
+    const float distance = links[selected].offset;
     cluster.merge(survivor, absorbed, distance);
-    linkPeaks.erase(selected);
-    linkOffsets.erase(selected);
+    erase(selected);
 
-    for (const auto& link : linkPeaks) {
-        if (link.first.first == absorbed) linkOffsets[link.first] += distance;
-        if (link.first.second == absorbed) linkOffsets[link.first] -= distance;
+    const std::set<std::int64_t> partners = std::move(partnersOf[absorbed]);
+    for (const std::int64_t partner : partners) {
+        const Pair pair = ordered(absorbed, partner);
+        const Link link = links[pair];
+        erase(pair);
+        // From the position of the absorbed file to that of the survivor.
+        float offset = partner > absorbed ? link.offset + distance : link.offset - distance;
+        // The offset of a pair is the position of its second file minus that of its first.
+        const bool isTurned = (partner > absorbed) != (partner > survivor);
+        if (isTurned) offset = -offset;
+        offer(ordered(survivor, partner), link.peak, offset);
     }
+    partnersOf.erase(absorbed);
+}
 
-    for (const auto& link : linkPeaks) {
-        const Pair key = link.first;
-        if (key.first != absorbed && key.second != absorbed) continue;
-        float offset = linkOffsets[key];
-        const std::int64_t partner = key.first == absorbed ? key.second : key.first;
-        // The value under a key is the position of its second file minus that of its first.
-        const bool turned = key.first == absorbed ? survivor > partner : partner > survivor;
-        if (turned) offset = -offset;
+// Of two links to one file the stronger stays; at equal strength the one already there.
+void VXMergeStatsSetProcessor::Links::offer(const Pair& pair, float peak, float offset)
+{
+    const auto added = links.emplace(pair, Link());
+    if (added.second) remember(pair, Link());
+    if (peak > added.first->second.peak) set(pair, peak, offset);
+}
 
-        const Pair newKey(std::min(survivor, partner), std::max(survivor, partner));
-        float& peak = linkPeaks[newKey];
-        // Of two links to one file the stronger stays; at equal strength the one already there.
-        if (link.second > peak) {
-            linkOffsets[newKey] = offset;
-            peak = link.second;
-        }
-    }
+void VXMergeStatsSetProcessor::Links::remember(const Pair& pair, const Link& link)
+{
+    // What cannot be compared, or is below none, is never the strongest.
+    if (link.peak >= 0.0f) byStrength.insert({link.peak, pair});
+    if (link.hasOffset) ++offsets;
+    partnersOf[pair.first].insert(pair.second);
+    partnersOf[pair.second].insert(pair.first);
+}
 
-    for (auto link = linkPeaks.begin(); link != linkPeaks.end();) {
-        if (link->first.first == absorbed || link->first.second == absorbed) {
-            linkOffsets.erase(link->first);
-            link = linkPeaks.erase(link);
-        } else {
-            ++link;
-        }
-    }
+void VXMergeStatsSetProcessor::Links::forget(const Pair& pair, const Link& link)
+{
+    if (link.peak >= 0.0f) byStrength.erase({link.peak, pair});
+    if (link.hasOffset) --offsets;
+}
+
+void VXMergeStatsSetProcessor::Links::erase(const Pair& pair)
+{
+    forget(pair, links[pair]);
+    partnersOf[pair.first].erase(pair.second);
+    partnersOf[pair.second].erase(pair.first);
+    links.erase(pair);
 }
 
 // Together the steps build a maximum spanning tree over the links, by the number of their votes.
@@ -198,12 +259,11 @@ void VXMergeStatsSetProcessor::layOut(const std::set<std::int64_t>& fileIDs, VXM
 {
     cluster.init(fileIDs);
     Links links = collectLinks(fileIDs, stats);
-    std::set<std::int64_t> remainingFiles = fileIDs;
+    std::size_t remainingFiles = fileIDs.size();
     Pair selected;
-    while (remainingFiles.size() > 1 && !links.linkPeaks.empty() && !links.linkOffsets.empty() &&
-           selectLink(links, selected)) {
-        applyLink(selected, links, cluster);
-        remainingFiles.erase(selected.second);
+    while (remainingFiles > 1 && links.select(selected)) {
+        links.apply(selected, cluster);
+        --remainingFiles;
     }
     cluster.normalizeOffsets();
 }

@@ -1,6 +1,7 @@
 #ifndef VXS_VXMERGESTATSSETPROCESSOR_H
 #define VXS_VXMERGESTATSSETPROCESSOR_H
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -33,7 +34,7 @@ public:
     std::set<std::set<std::int64_t>> fileClusters;
 
 private:
-    void moveGroupOf(std::int64_t fileID, std::set<std::int64_t>& merged);
+    std::set<std::int64_t> takeGroupOf(std::int64_t fileID);
 };
 
 // Frees a result with its clusters and members and nulls the caller's pointer. Null is nothing to
@@ -61,19 +62,42 @@ public:
 private:
     using Pair = std::pair<std::int64_t, std::int64_t>;
 
-    // The links of one cluster that are still to be worked in. For a key (x, y) the offset is the
-    // position of y minus the position of x on the cluster's time line, in frames. The two tables
-    // hold the same keys.
-    struct Links {
-        std::map<Pair, float> linkPeaks;
-        std::map<Pair, float> linkOffsets;
+    // The links of one cluster that are still to be worked in. For a pair (x, y) the offset is the
+    // position of y minus the position of x on the cluster's time line, in frames. Links are kept
+    // by strength and by file as well, so that working one in touches only those of its two files.
+    class Links
+    {
+    public:
+        void set(const Pair& pair, float peak, float offset);
+        // Finds the strongest link. Of equal ones the last in order of ids wins. Answers false if
+        // no link is left, or none that can be compared.
+        bool select(Pair& selected) const;
+        // Moves the second file's sub-cluster onto the first file's time line and gives its links
+        // to the first file.
+        void apply(const Pair& selected, VXClusterInternal& cluster);
+
+    private:
+        struct Link {
+            float peak = 0.0f;
+            float offset = 0.0f;
+            // A link that was offered without votes has none.
+            bool hasOffset = false;
+        };
+
+        void offer(const Pair& pair, float peak, float offset);
+        void remember(const Pair& pair, const Link& link);
+        void forget(const Pair& pair, const Link& link);
+        void erase(const Pair& pair);
+
+        std::map<Pair, Link> links;
+        std::set<std::pair<float, Pair>> byStrength;
+        std::map<std::int64_t, std::set<std::int64_t>> partnersOf;
+        std::size_t offsets = 0;
     };
 
     bool isAccepted(const VXMergeStats& record) const;
     void acceptPairs(VXMergeStatsSet& stats, VXMerger& merger) const;
     static Links collectLinks(const std::set<std::int64_t>& cluster, VXMergeStatsSet& stats);
-    static bool selectLink(const Links& links, Pair& selected);
-    static void applyLink(const Pair& selected, Links& links, VXClusterInternal& cluster);
     static void layOut(const std::set<std::int64_t>& fileIDs, VXMergeStatsSet& stats,
                        VXClusterInternal& cluster);
     void addToResult(const VXClusterInternal& cluster, VXClusterResult& result) const;

@@ -534,8 +534,10 @@ int FFTInit(FFTState_Float** state, unsigned int order)
 
 int FFTGetBufSize(const FFTState_Float* state, unsigned int* bytes)
 {
-    if (state == nullptr || bytes == nullptr) return 1;
-    *bytes = takesBuffer(*state) ? static_cast<unsigned int>(state->workBytes) : 0;
+    if (bytes == nullptr) return 1;
+    *bytes = 0;
+    if (state == nullptr) return 1;
+    if (takesBuffer(*state)) *bytes = static_cast<unsigned int>(state->workBytes);
     return 0;
 }
 

@@ -140,7 +140,7 @@ TEST_F(ReferenceFixture, PairIsMeasuredAndAccepted)
     const VXS::VXHistogram& histogram = *histograms->begin()->second;
     std::size_t votes = 0;
     for (const auto& bin : histogram)
-        votes += bin.second.size();
+        votes += bin.votes;
     EXPECT_EQ(1113u, histogram.size());
     EXPECT_EQ(3446u, votes);
     ASSERT_EQ(1u, stats->size());

@@ -84,6 +84,16 @@ void measureBin(const Pair& pair, const Histogram& histogram, std::int64_t offse
     percentB = votes / static_cast<float>(countB);
 }
 
+BestBin bestBin(const Histogram& histogram)
+{
+    BestBin best{0.0f, 0};
+    for (const auto& [offset, bin] : histogram) {
+        const float count = static_cast<float>(bin.size());
+        if (count >= best.count) best = {count, offset};
+    }
+    return best;
+}
+
 std::map<Pair, Statistics> evaluate(RecordingSet& recordings, const HistogramSet& histograms)
 {
     std::map<Pair, Statistics> result;
@@ -92,17 +102,9 @@ std::map<Pair, Statistics> evaluate(RecordingSet& recordings, const HistogramSet
         record.fileA = pair.first;
         record.fileB = pair.second;
 
-        float bestCount = 0.0f;
-        std::int64_t bestOffset = 0;
-        for (const auto& [offset, bin] : histogram) {
-            const float count = static_cast<float>(bin.size());
-            if (count >= bestCount) {
-                bestCount = count;
-                bestOffset = offset;
-            }
-        }
-        record.peakCount = bestCount;
-        record.bestOffset = static_cast<float>(bestOffset);
+        const BestBin best = bestBin(histogram);
+        record.peakCount = best.count;
+        record.bestOffset = static_cast<float>(best.offset);
 
         Recording* first = recordings[pair.first];
         Recording* second = recordings[pair.second];
@@ -117,7 +119,7 @@ std::map<Pair, Statistics> evaluate(RecordingSet& recordings, const HistogramSet
         float unusedA = 0.0f;
         float unusedB = 0.0f;
         record.templateMatchLength = 0.0f;
-        measureBin(pair, histogram, bestOffset, unusedA, unusedB, record.templateMatchLength,
+        measureBin(pair, histogram, best.offset, unusedA, unusedB, record.templateMatchLength,
                    recordings);
 
         float sum = 0.0f;

@@ -25,6 +25,14 @@ struct Statistics {
     float bestOffset;
 };
 
+struct BestBin {
+    float count;
+    std::int64_t offset;
+};
+
+// The bin with the most votes; of a tie that of the highest offset.
+BestBin bestBin(const Histogram& histogram);
+
 // Length of the overlap of two recordings, and how many landmarks of each lie in it. Without one of
 // the recordings the length is 0 and the counts stay.
 float overlapRegion(Recording* first, Recording* second, float offset, float& landmarksInFirst,

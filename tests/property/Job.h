@@ -11,6 +11,7 @@
 #include "VXClusterSync.h"
 #include "VXFile.h"
 #include "VXFileSet.h"
+#include "VXHistogram.h"
 #include "VXLandmark.h"
 #include "plain/Histograms.h"
 #include "plain/Recording.h"
@@ -35,6 +36,9 @@ public:
 
     // Requires: every landmark has been added.
     std::map<const VXS::VXLandmark*, const plain::Landmark*> twins();
+
+    // The twin's histogram as the library's, with the ends of every bin.
+    VXS::VXHistogram histogramOf(const plain::Histogram& histogram);
 
     VXS::VXFileSet fileSet;
     plain::RecordingSet recordings;

@@ -51,42 +51,68 @@ VXLandmark* landmarkAt(VXFile& file, std::int64_t frame, std::size_t place)
 
 bool hasBin(const VXHistogram& histogram, std::int64_t offset)
 {
-    return histogram.count(offset) != 0;
+    return histogram.find(offset) != histogram.end();
 }
 
 std::size_t votesIn(const VXHistogram& histogram, std::int64_t offset)
 {
     const auto bin = histogram.find(offset);
-    return bin == histogram.end() ? 0 : bin->second.size();
+    return bin == histogram.end() ? 0 : static_cast<std::size_t>(bin->votes);
 }
 
 const VXLandmark* leastVoteIn(const VXHistogram& histogram, std::int64_t offset)
 {
-    const auto bin = histogram.find(offset);
-    const VXLandmark* least = nullptr;
-    if (bin == histogram.end()) return least;
-    for (const VXLandmark* vote : bin->second) {
-        if (least == nullptr || vote->getOffset() <= least->getOffset()) least = vote;
-    }
-    return least;
+    return histogram.endsOf(offset).least;
 }
 
 const VXLandmark* greatestVoteIn(const VXHistogram& histogram, std::int64_t offset)
 {
-    const auto bin = histogram.find(offset);
-    const VXLandmark* greatest = nullptr;
-    if (bin == histogram.end()) return greatest;
-    for (const VXLandmark* vote : bin->second) {
-        if (greatest == nullptr || vote->getOffset() >= greatest->getOffset()) greatest = vote;
-    }
-    return greatest;
+    return histogram.endsOf(offset).greatest;
 }
+
+namespace
+{
+
+struct Bin {
+    std::uint64_t votes = 0;
+    VXHistogram::Ends ends;
+};
+
+// A histogram takes its bins in ascending order only, so it is taken apart and put together anew.
+std::map<std::int64_t, Bin> binsOf(const VXHistogram& histogram)
+{
+    std::map<std::int64_t, Bin> bins;
+    for (const VXHistogram::Bin& bin : histogram)
+        bins[bin.offset] = {bin.votes, histogram.endsOf(bin.offset)};
+    return bins;
+}
+
+VXHistogram histogramOf(const std::map<std::int64_t, Bin>& bins)
+{
+    VXHistogram histogram;
+    for (const auto& [offset, bin] : bins) {
+        histogram.append(offset, bin.votes);
+        if (bin.ends.least != nullptr) histogram.keepEnds(offset, bin.ends);
+    }
+    return histogram;
+}
+
+} // namespace
 
 void addVotes(VXHistogram& histogram, std::int64_t offset,
               const std::vector<VXLandmark*>& landmarks)
 {
-    for (VXLandmark* landmark : landmarks)
-        histogram[offset].push_back(landmark);
+    std::map<std::int64_t, Bin> bins = binsOf(histogram);
+    Bin& bin = bins[offset];
+    for (VXLandmark* landmark : landmarks) {
+        VXLandmark*& least = bin.ends.least;
+        VXLandmark*& greatest = bin.ends.greatest;
+        if (least == nullptr || landmark->getOffset() <= least->getOffset()) least = landmark;
+        if (greatest == nullptr || landmark->getOffset() >= greatest->getOffset())
+            greatest = landmark;
+        ++bin.votes;
+    }
+    histogram = histogramOf(bins);
 }
 
 void addVotes(VXHistogram& histogram, std::int64_t offset, std::size_t votes, VXLandmark* landmark)
@@ -96,14 +122,14 @@ void addVotes(VXHistogram& histogram, std::int64_t offset, std::size_t votes, VX
 
 void addBinWithoutVotes(VXHistogram& histogram, std::int64_t offset)
 {
-    histogram[offset];
+    addVotes(histogram, offset, std::vector<VXLandmark*>());
 }
 
 VoteCounts voteCountsOf(const VXHistogram& histogram)
 {
     VoteCounts counts;
     for (const auto& bin : histogram)
-        counts[bin.first] = votesIn(histogram, bin.first);
+        counts[bin.offset] = static_cast<std::size_t>(bin.votes);
     return counts;
 }
 

@@ -51,7 +51,7 @@ bool hasBin(const VXHistogram& histogram, std::int64_t offset);
 // 0 where there is no such bin.
 std::size_t votesIn(const VXHistogram& histogram, std::int64_t offset);
 // The landmark of the least, or greatest, position among the votes of a bin; of equal positions the
-// one that voted last. Null where there is none.
+// one that voted last. Null where there is no such bin, and where its ends are not kept.
 const VXLandmark* leastVoteIn(const VXHistogram& histogram, std::int64_t offset);
 const VXLandmark* greatestVoteIn(const VXHistogram& histogram, std::int64_t offset);
 // Casts one vote for each landmark, in order. The landmarks are borrowed.

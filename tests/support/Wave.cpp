@@ -1,8 +1,6 @@
 #include "Wave.h"
 
-#include <unistd.h>
-
-#include <atomic>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -17,13 +15,15 @@ namespace wave
 namespace
 {
 
-// Test programs run side by side, so the name holds the process as well as a running number.
-std::string newFolderPath()
+// A new folder under a name that nothing else has: test programs run side by side, and one that was
+// killed leaves its folders behind.
+std::string makeFolder()
 {
-    static std::atomic<int> number{0};
-    std::string base = testing::TempDir();
-    if (!base.empty() && base.back() != '/') base += '/';
-    return base + "vxl_audio_test_" + std::to_string(getpid()) + "_" + std::to_string(++number);
+    std::string path = testing::TempDir();
+    if (!path.empty() && path.back() != '/') path += '/';
+    path += "vxl_audio_test_XXXXXX";
+    EXPECT_NE(nullptr, mkdtemp(path.data())) << path << ": could not be made";
+    return path;
 }
 
 } // namespace
@@ -156,10 +156,7 @@ Bytes readFile(const std::string& path)
     return Bytes(text.begin(), text.end());
 }
 
-TempFolder::TempFolder() : path(newFolderPath())
-{
-    std::filesystem::create_directory(path);
-}
+TempFolder::TempFolder() : path(makeFolder()) {}
 
 TempFolder::~TempFolder()
 {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 #include <map>
+#include <ostream>
 #include <set>
 #include <utility>
 #include <vector>
@@ -56,10 +57,42 @@ Events conversionEventsOf(VXFileSet& fileSet, std::uint32_t cap = defaultCap)
     return progress.events;
 }
 
+// A landmark as the index files it.
+struct Filed {
+    std::int64_t fileID;
+    std::int32_t offset;
+};
+
+bool operator==(const Filed& left, const Filed& right)
+{
+    return left.fileID == right.fileID && left.offset == right.offset;
+}
+
+std::ostream& operator<<(std::ostream& stream, const Filed& filed)
+{
+    return stream << "file " << filed.fileID << " frame " << filed.offset;
+}
+
+// The landmarks of the index by key, each list in the order in which it was filed.
+std::map<std::uint32_t, std::vector<Filed>> indexOf(const VXFileSetProcessor& processor)
+{
+    std::map<std::uint32_t, std::vector<Filed>> index;
+    for (const auto& deal : processor.landmarkIndex) {
+        for (const auto& block : deal.blocks) {
+            for (const auto* entry = block.get(); entry != block.get() + deal.blockSize; ++entry) {
+                if (entry == deal.next) break;
+                const auto& place = processor.places[entry->place];
+                index[entry->key].push_back({processor.owners[place.file].fileID, place.offset});
+            }
+        }
+    }
+    return index;
+}
+
 std::set<std::uint32_t> keysOf(const VXFileSetProcessor& processor)
 {
     std::set<std::uint32_t> keys;
-    for (const auto& entry : processor.landmarkIndex)
+    for (const auto& entry : indexOf(processor))
         keys.insert(entry.first);
     return keys;
 }
@@ -87,7 +120,7 @@ TEST(VXFileSetProcessor, NewProcessorHoldsItsCapAndAnEmptyIndex)
     const VXFileSetProcessor processor(17);
 
     EXPECT_EQ(processor.maxLandmarkCount, 17u);
-    EXPECT_TRUE(processor.landmarkIndex.empty());
+    EXPECT_TRUE(indexOf(processor).empty());
 }
 
 TEST(VXFileSetProcessor, LandmarksOfAFileAreFiledUnderTheirKeys)
@@ -99,35 +132,20 @@ TEST(VXFileSetProcessor, LandmarksOfAFileAreFiledUnderTheirKeys)
     processor.addLandmarks(file);
 
     EXPECT_EQ(keysOf(processor), (std::set<std::uint32_t>{7, 9}));
-    EXPECT_EQ(processor.landmarkIndex.at(7),
-              (std::vector<VXLandmark*>{landmarkAt(*file, 10, 0), landmarkAt(*file, 12)}));
-    EXPECT_EQ(processor.landmarkIndex.at(9), (std::vector<VXLandmark*>{landmarkAt(*file, 10, 1)}));
-}
-
-TEST(VXFileSetProcessor, KeysStandInUnsignedOrder)
-{
-    VXFileSet fileSet;
-    VXFile* file = addFileWith(fileSet, 1, {{0xFFFFFFFFu, 1}, {1, 1}, {0x80000000u, 1}});
-    VXFileSetProcessor processor(defaultCap);
-
-    processor.addLandmarks(file);
-
-    EXPECT_EQ(processor.landmarkIndex.begin()->first, 1u);
-    EXPECT_EQ(processor.landmarkIndex.rbegin()->first, 0xFFFFFFFFu);
+    EXPECT_EQ(indexOf(processor).at(7), (std::vector<Filed>{{1, 10}, {1, 12}}));
+    EXPECT_EQ(indexOf(processor).at(9), (std::vector<Filed>{{1, 10}}));
 }
 
 TEST(VXFileSetProcessor, KeysListStandsByFileThenFrameThenPlaceInTheFrame)
 {
     VXFileSet fileSet;
-    VXFile* third = addFileWith(fileSet, 3, {{7, 1}});
-    VXFile* first = addFileWith(fileSet, 1, {{7, 20}, {7, 5}, {7, 20}});
+    addFileWith(fileSet, 3, {{7, 1}});
+    addFileWith(fileSet, 1, {{7, 20}, {7, 5}, {7, 20}});
     VXFileSetProcessor processor(defaultCap);
 
     processor.addLandmarks(&fileSet, nullptr);
 
-    EXPECT_EQ(processor.landmarkIndex.at(7),
-              (std::vector<VXLandmark*>{landmarkAt(*first, 5), landmarkAt(*first, 20, 0),
-                                        landmarkAt(*first, 20, 1), landmarkAt(*third, 1)}));
+    EXPECT_EQ(indexOf(processor).at(7), (std::vector<Filed>{{1, 5}, {1, 20}, {1, 20}, {3, 1}}));
 }
 
 TEST(VXFileSetProcessor, EqualLandmarksStaySeparateEntries)
@@ -138,7 +156,7 @@ TEST(VXFileSetProcessor, EqualLandmarksStaySeparateEntries)
 
     processor.addLandmarks(file);
 
-    EXPECT_EQ(processor.landmarkIndex.at(7).size(), 3u);
+    EXPECT_EQ(indexOf(processor).at(7).size(), 3u);
 }
 
 TEST(VXFileSetProcessor, EmptyFramesOfACountedFileAddNothing)
@@ -150,9 +168,9 @@ TEST(VXFileSetProcessor, EmptyFramesOfACountedFileAddNothing)
 
     processor.addLandmarks(file);
 
-    EXPECT_EQ(processor.landmarkIndex.size(), 2u);
-    EXPECT_EQ(processor.landmarkIndex.at(7).size(), 1u);
-    EXPECT_EQ(processor.landmarkIndex.at(9).size(), 1u);
+    EXPECT_EQ(indexOf(processor).size(), 2u);
+    EXPECT_EQ(indexOf(processor).at(7).size(), 1u);
+    EXPECT_EQ(indexOf(processor).at(9).size(), 1u);
 }
 
 TEST(VXFileSetProcessor, AddingLandmarksCapsNothing)
@@ -163,7 +181,7 @@ TEST(VXFileSetProcessor, AddingLandmarksCapsNothing)
 
     processor.addLandmarks(&fileSet, nullptr);
 
-    EXPECT_EQ(processor.landmarkIndex.at(7).size(), 5u);
+    EXPECT_EQ(indexOf(processor).at(7).size(), 5u);
 }
 
 TEST(VXFileSetProcessor, AddingLandmarksReportsTheShareOfFilesDone)
@@ -188,7 +206,7 @@ TEST(VXFileSetProcessor, ShareIsReportedAfterTheFileIsFiled)
     RecordingProgress progress;
     std::vector<std::size_t> keysAtEvent;
     progress.onEvent = [&](const ProgressEvent&) {
-        keysAtEvent.push_back(processor.landmarkIndex.size());
+        keysAtEvent.push_back(indexOf(processor).size());
     };
 
     processor.addLandmarks(&fileSet, &progress);
@@ -204,7 +222,7 @@ TEST(VXFileSetProcessor, AddingANullSetReportsNothing)
     processor.addLandmarks(static_cast<VXFileSet*>(nullptr), &progress);
 
     EXPECT_TRUE(progress.events.empty());
-    EXPECT_TRUE(processor.landmarkIndex.empty());
+    EXPECT_TRUE(indexOf(processor).empty());
 }
 
 TEST(VXFileSetProcessor, AddingAnEmptySetReportsZeroAlone)
@@ -279,7 +297,7 @@ TEST(VXFileSetProcessor, PurgeOfAnEmptyIndexDoesNothing)
 
     processor.purgeSingletons();
 
-    EXPECT_TRUE(processor.landmarkIndex.empty());
+    EXPECT_TRUE(indexOf(processor).empty());
 }
 
 TEST(VXFileSetProcessor, ErasingAKeyLeavesItsLandmarksAlone)
@@ -553,18 +571,18 @@ TEST(VXFileSetProcessor, CapOfTwoLetsAPairVote)
     EXPECT_EQ(voteCountsOf(*histogramsOf(fileSet, 2)), (PairVotes{{{1, 2}, {{0, 3}}}}));
 }
 
-TEST(VXFileSetProcessor, ConversionErasesKeysThatMayNotVoteAndKeepsTheOthers)
+TEST(VXFileSetProcessor, ConversionTakesEveryKeyOutOfTheIndex)
 {
     VXFileSet fileSet;
-    addFileWith(fileSet, 1, {{5, 1}, {6, 1}, {6, 2}, {7, 1}, {8, 1}, {8, 2}});
-    addFileWith(fileSet, 2, {{7, 1}, {8, 1}});
-    VXFileSetProcessor processor(2);
+    addTwoFilesSharing(fileSet, 4);
+    addFileWith(fileSet, 3, {{100, 1}, {100, 2}});
+    VXFileSetProcessor processor(defaultCap);
     processor.addLandmarks(&fileSet, nullptr);
 
     const VXHistogramSetHolder histograms(processor.convert2Histograms(nullptr));
 
-    // Key 5 stands once, key 6 in one file alone, key 8 three times.
-    EXPECT_EQ(keysOf(processor), (std::set<std::uint32_t>{7}));
+    EXPECT_EQ(keysOf(processor), (std::set<std::uint32_t>{}));
+    EXPECT_EQ(voteCountsOf(*histograms), (PairVotes{{{1, 2}, {{0, 4}}}}));
 }
 
 TEST(VXFileSetProcessor, ConversionOfThreeKeysReportsThirdsInWholePercent)
@@ -659,24 +677,6 @@ TEST(VXFileSetProcessor, ConversionOfAnEmptyIndexGivesAnEmptySet)
     EXPECT_TRUE(histograms->empty());
 }
 
-TEST(VXFileSetProcessor, PercentIsReportedBeforeTheKeyVotes)
-{
-    VXFileSet fileSet;
-    addFileWith(fileSet, 1, {{7, 1}, {7, 2}, {8, 1}, {8, 2}});
-    VXFileSetProcessor processor(defaultCap);
-    processor.addLandmarks(&fileSet, nullptr);
-    RecordingProgress progress;
-    std::vector<std::size_t> keysAtEvent;
-    progress.onEvent = [&](const ProgressEvent&) {
-        keysAtEvent.push_back(processor.landmarkIndex.size());
-    };
-
-    const VXHistogramSetHolder histograms(processor.convert2Histograms(&progress));
-
-    // Both keys belong to one file and go when their turn comes.
-    EXPECT_EQ(keysAtEvent, (std::vector<std::size_t>{2, 2, 1}));
-}
-
 TEST(VXFileSetProcessor, RunOnANullSetGivesAnEmptySetAndReportsZeroOnce)
 {
     VXFileSetProcessor processor(defaultCap);
@@ -736,7 +736,7 @@ TEST(VXFileSetProcessor, RunLeavesTheIndexEmpty)
 
     const VXHistogramSetHolder histograms(processor.run(&fileSet, nullptr));
 
-    EXPECT_TRUE(processor.landmarkIndex.empty());
+    EXPECT_TRUE(indexOf(processor).empty());
 }
 
 TEST(VXFileSetProcessor, RunStartsFromAnEmptyIndex)

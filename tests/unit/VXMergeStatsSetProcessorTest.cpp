@@ -592,10 +592,11 @@ TEST(VXMergeStatsSetProcessor, LastLinkInKeyOrderComesFirstAtEqualPeaks)
 TEST(VXMergeStatsSetProcessor, SelectionOfEqualPeaksTakesTheHighestFirstId)
 {
     VXMergeStatsSetProcessor::Links links;
-    links.linkPeaks = {{Pair(1, 2), 40.0f}, {Pair(3, 4), 40.0f}};
+    links.set(Pair(1, 2), 40.0f, 0.0f);
+    links.set(Pair(3, 4), 40.0f, 0.0f);
     Pair selected;
 
-    ASSERT_TRUE(VXMergeStatsSetProcessor::selectLink(links, selected));
+    ASSERT_TRUE(links.select(selected));
 
     EXPECT_EQ(selected, Pair(3, 4));
 }
@@ -603,10 +604,11 @@ TEST(VXMergeStatsSetProcessor, SelectionOfEqualPeaksTakesTheHighestFirstId)
 TEST(VXMergeStatsSetProcessor, SelectionOfEqualPeaksAndFirstIdsTakesTheHighestSecondId)
 {
     VXMergeStatsSetProcessor::Links links;
-    links.linkPeaks = {{Pair(1, 2), 40.0f}, {Pair(1, 3), 40.0f}};
+    links.set(Pair(1, 2), 40.0f, 0.0f);
+    links.set(Pair(1, 3), 40.0f, 0.0f);
     Pair selected;
 
-    ASSERT_TRUE(VXMergeStatsSetProcessor::selectLink(links, selected));
+    ASSERT_TRUE(links.select(selected));
 
     EXPECT_EQ(selected, Pair(1, 3));
 }
@@ -614,10 +616,12 @@ TEST(VXMergeStatsSetProcessor, SelectionOfEqualPeaksAndFirstIdsTakesTheHighestSe
 TEST(VXMergeStatsSetProcessor, SelectionTakesTheHighestPeakWhereverItStands)
 {
     VXMergeStatsSetProcessor::Links links;
-    links.linkPeaks = {{Pair(1, 2), 40.0f}, {Pair(1, 3), 40.5f}, {Pair(2, 3), 39.0f}};
+    links.set(Pair(1, 2), 40.0f, 0.0f);
+    links.set(Pair(1, 3), 40.5f, 0.0f);
+    links.set(Pair(2, 3), 39.0f, 0.0f);
     Pair selected;
 
-    ASSERT_TRUE(VXMergeStatsSetProcessor::selectLink(links, selected));
+    ASSERT_TRUE(links.select(selected));
 
     EXPECT_EQ(selected, Pair(1, 3));
 }
@@ -625,28 +629,31 @@ TEST(VXMergeStatsSetProcessor, SelectionTakesTheHighestPeakWhereverItStands)
 TEST(VXMergeStatsSetProcessor, SelectionTakesAPeakOfZero)
 {
     VXMergeStatsSetProcessor::Links links;
-    links.linkPeaks = {{Pair(1, 2), 0.0f}};
+    links.set(Pair(1, 2), 0.0f, 0.0f);
     Pair selected;
 
-    ASSERT_TRUE(VXMergeStatsSetProcessor::selectLink(links, selected));
+    ASSERT_TRUE(links.select(selected));
 
     EXPECT_EQ(selected, Pair(1, 2));
 }
 
-TEST(VXMergeStatsSetProcessor, ApplyingALinkKeepsBothTablesOnTheSameKeys)
+TEST(VXMergeStatsSetProcessor, ApplyingALinkGivesTheLinksOfTheSecondFileToTheFirst)
 {
     VXMergeStatsSetProcessor::Links links;
-    links.linkPeaks = {{Pair(1, 5), 70.0f}, {Pair(2, 5), 60.0f}, {Pair(5, 7), 8.0f}};
-    links.linkOffsets = {{Pair(1, 5), -50.0f}, {Pair(2, 5), 300.0f}, {Pair(5, 7), 20.0f}};
+    links.set(Pair(1, 5), 70.0f, -50.0f);
+    links.set(Pair(2, 5), 60.0f, 300.0f);
+    links.set(Pair(5, 7), 8.0f, 20.0f);
     VXClusterInternal cluster;
     cluster.init({1, 2, 5, 7});
 
-    VXMergeStatsSetProcessor::applyLink(Pair(1, 5), links, cluster);
+    links.apply(Pair(1, 5), cluster);
 
     // (2, 5): 300 + 50, turned to -350. (5, 7): 20 - 50 = -30.
-    EXPECT_EQ(links.linkPeaks, (std::map<Pair, float>{{Pair(1, 2), 60.0f}, {Pair(1, 7), 8.0f}}));
-    EXPECT_EQ(links.linkOffsets,
-              (std::map<Pair, float>{{Pair(1, 2), -350.0f}, {Pair(1, 7), -30.0f}}));
+    ASSERT_EQ(links.links.size(), 2u);
+    EXPECT_EQ(links.links.at(Pair(1, 2)).peak, 60.0f);
+    EXPECT_EQ(links.links.at(Pair(1, 2)).offset, -350.0f);
+    EXPECT_EQ(links.links.at(Pair(1, 7)).peak, 8.0f);
+    EXPECT_EQ(links.links.at(Pair(1, 7)).offset, -30.0f);
 }
 
 TEST(VXMergeStatsSetProcessor, ConsistentLinksGiveThePositionsWhateverTheirOrder)
