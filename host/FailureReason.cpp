@@ -52,8 +52,9 @@ std::string rateComplaint(const std::string& path, const VXS::VXExtractParams& p
     return "sample rate other than " + expected;
 }
 
-// Empty if nothing keeps the file from being opened.
-std::string obstacle(const std::string& path)
+} // namespace
+
+std::string obstacleOf(const std::string& path)
 {
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(path, error);
@@ -66,12 +67,10 @@ std::string obstacle(const std::string& path)
     return "cannot be opened: " + std::generic_category().message(errno);
 }
 
-} // namespace
-
 std::string failureReason(const std::string& path, const VXS::VXExtractParams& params)
 {
     if (!hasWavExtension(path)) return "name does not end in .wav";
-    const std::string found = obstacle(path);
+    const std::string found = obstacleOf(path);
     if (!found.empty()) return found;
     const Attempt attempt = tryToLoad(path, params);
     if (attempt.console == "[ERROR]:" + path + " has an incorrect sample rate\n") {

@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <map>
 #include <system_error>
-#include <utility>
 
 namespace vxlsync
 {
@@ -11,14 +10,11 @@ namespace vxlsync
 namespace
 {
 
-// Names that the library skips are compared as they are: a link that it takes must not fall to one
-// that it does not.
-std::pair<bool, std::string> identityOf(const std::string& path)
+std::string identityOf(const std::string& path)
 {
-    if (!hasWavExtension(path)) return {false, path};
     std::error_code error;
     const std::filesystem::path canonical = std::filesystem::canonical(path, error);
-    return {true, error ? path : canonical.string()};
+    return error ? path : canonical.string();
 }
 
 } // namespace
@@ -33,7 +29,7 @@ bool hasWavExtension(const std::string& path)
 DistinctPaths distinctPaths(const std::vector<std::string>& paths)
 {
     DistinctPaths result;
-    std::map<std::pair<bool, std::string>, std::string> firsts;
+    std::map<std::string, std::string> firsts;
     for (const std::string& path : paths) {
         const auto entry = firsts.emplace(identityOf(path), path);
         if (entry.second) {
@@ -43,6 +39,22 @@ DistinctPaths distinctPaths(const std::vector<std::string>& paths)
         }
     }
     return result;
+}
+
+std::size_t findPath(const std::vector<std::string>& paths, const std::string& wanted)
+{
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        if (paths[i] == wanted || identityOf(paths[i]) == identityOf(wanted)) return i;
+    }
+    // The bare name, where it is the only one of its kind.
+    std::size_t found = paths.size();
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        const std::filesystem::path path(paths[i]);
+        if (path.filename() != wanted && path.stem() != wanted) continue;
+        if (found != paths.size()) return paths.size();
+        found = i;
+    }
+    return found;
 }
 
 } // namespace vxlsync

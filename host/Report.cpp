@@ -1,7 +1,6 @@
 #include "Report.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace vxlsync
 {
@@ -12,39 +11,33 @@ namespace
 bool startsEarlier(const Member& left, const Member& right)
 {
     if (left.offsetSeconds != right.offsetSeconds) return left.offsetSeconds < right.offsetSeconds;
-    return left.id < right.id;
+    return left.index < right.index;
 }
 
-std::int64_t firstId(const Group& group)
+std::size_t firstIndex(const Group& group)
 {
-    const auto first =
-        std::min_element(group.begin(), group.end(), [](const Member& left, const Member& right) {
-            return left.id < right.id;
-        });
-    return first->id;
+    std::size_t first = group.members.front().index;
+    for (const Member& member : group.members)
+        first = std::min(first, member.index);
+    return first;
 }
 
 } // namespace
 
-Report makeReport(std::vector<Group> clusters, std::vector<Failure> failed)
+void arrange(Report& report)
 {
-    clusters.erase(std::remove_if(clusters.begin(), clusters.end(),
-                                  [](const Group& group) { return group.empty(); }),
-                   clusters.end());
-    std::sort(clusters.begin(), clusters.end(),
-              [](const Group& left, const Group& right) { return firstId(left) < firstId(right); });
-
-    Report report;
-    report.failed = std::move(failed);
-    for (Group& group : clusters) {
-        if (group.size() == 1) {
-            report.alone.push_back({group.front().name, group.front().path});
-            continue;
-        }
-        std::sort(group.begin(), group.end(), startsEarlier);
-        report.groups.push_back(std::move(group));
-    }
-    return report;
+    report.groups.erase(std::remove_if(report.groups.begin(), report.groups.end(),
+                                       [](const Group& group) { return group.members.empty(); }),
+                        report.groups.end());
+    for (Group& group : report.groups)
+        std::sort(group.members.begin(), group.members.end(), startsEarlier);
+    std::sort(
+        report.groups.begin(), report.groups.end(),
+        [](const Group& left, const Group& right) { return firstIndex(left) < firstIndex(right); });
+    std::sort(report.alone.begin(), report.alone.end(),
+              [](const LoneRecording& left, const LoneRecording& right) {
+                  return left.index < right.index;
+              });
 }
 
 } // namespace vxlsync

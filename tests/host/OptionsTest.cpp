@@ -87,6 +87,54 @@ TEST(Options, RefusesAnUnknownOptionByItsName)
     EXPECT_THAT(parsed.err, HasSubstr("--loud"));
 }
 
+TEST(Options, TakesTheChannel)
+{
+    using Channel = vxlsync::DecodeOptions::Channel;
+    EXPECT_EQ(parse({"a.wav"}).options().decode.channel, Channel::left);
+    EXPECT_EQ(parse({"--channel", "mix", "a.wav"}).options().decode.channel, Channel::mix);
+    const Parsed third = parse({"--channel", "3", "a.wav"});
+    EXPECT_EQ(third.options().decode.channel, Channel::numbered);
+    EXPECT_EQ(third.options().decode.channelNumber, 3);
+}
+
+TEST(Options, RefusesAChannelThatIsNone)
+{
+    EXPECT_EQ(parse({"--channel", "0", "a.wav"}).code(), ExitCode::usage);
+    EXPECT_EQ(parse({"--channel", "right", "a.wav"}).code(), ExitCode::usage);
+}
+
+TEST(Options, TakesStartsThatAreKnown)
+{
+    const auto fixed =
+        parse({"--fix", "a=b.wav=-1.5", "--fix", "c.wav=2", "c.wav"}).options().fixed;
+
+    EXPECT_THAT(fixed, ElementsAre(testing::Pair("a=b.wav", -1.5), testing::Pair("c.wav", 2.0)));
+}
+
+TEST(Options, RefusesAStartWithoutSeconds)
+{
+    EXPECT_EQ(parse({"--fix", "a.wav", "a.wav"}).code(), ExitCode::usage);
+    EXPECT_EQ(parse({"--fix", "a.wav=soon", "a.wav"}).code(), ExitCode::usage);
+}
+
+TEST(Options, TakesPairsThatMustBeApart)
+{
+    EXPECT_THAT(parse({"--apart", "a.wav,b.wav", "a.wav", "b.wav"}).options().apart,
+                ElementsAre(testing::Pair("a.wav", "b.wav")));
+    EXPECT_EQ(parse({"--apart", "a.wav", "a.wav"}).code(), ExitCode::usage);
+}
+
+TEST(Options, RefusesAnUnknownWayToTellProgress)
+{
+    EXPECT_EQ(parse({"--progress", "loud", "a.wav"}).code(), ExitCode::usage);
+}
+
+TEST(Options, RefusesZeroJobsAndStreams)
+{
+    EXPECT_EQ(parse({"--jobs", "0", "a.wav"}).code(), ExitCode::usage);
+    EXPECT_EQ(parse({"--stream", "0", "a.wav"}).code(), ExitCode::usage);
+}
+
 TEST(Options, ListsEveryExitCodeInTheHelp)
 {
     const Parsed parsed = parse({"--help"});

@@ -1,155 +1,149 @@
 #include "Output.h"
 
-#include <cmath>
 #include <sstream>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 namespace
 {
 
 using nlohmann::json;
+using testing::HasSubstr;
 using vxlsync::Report;
+
+// A group of two, one alone, one refused link and one failure.
+Report everything()
+{
+    Report report;
+    vxlsync::Group group;
+    group.reference = 0;
+    vxlsync::Member first;
+    first.index = 0;
+    first.name = "first";
+    first.path = "dir/first.wav";
+    first.durationSeconds = 20.0;
+    vxlsync::Member second = first;
+    second.index = 1;
+    second.name = "b";
+    second.path = "a, \"b\".mp3";
+    second.offsetSeconds = 1.25;
+    second.offsetUncertaintySeconds = 0.0001;
+    second.driftPpm = -20.5;
+    second.driftUncertaintyPpm = 0.25;
+    second.notes = {"eight-bit samples are signed"};
+    group.members = {first, second};
+    vxlsync::ReportedLink link;
+    link.firstName = "first";
+    link.secondName = "b";
+    link.method = "landmarks";
+    link.offsetSeconds = 1.25;
+    link.verdict = "accepted";
+    link.jumps = {{10.0, 0.5}};
+    group.links = {link};
+    report.groups = {group};
+    report.alone = {{2, "alone", "alone.ogg", 5.0, "silent"}};
+    link.verdict = "weak";
+    report.refused = {link};
+    report.failed = {{"gone.wav", "could not be read: does not exist"}};
+    return report;
+}
 
 std::string textOf(const Report& report)
 {
     std::ostringstream out;
-    writeText(report, out);
+    vxlsync::writeText(report, out);
     return out.str();
 }
 
-std::string jsonTextOf(const Report& report)
+json jsonOf(const Report& report)
 {
     std::ostringstream out;
-    writeJson(report, out);
-    return out.str();
+    vxlsync::writeJson(report, out);
+    return json::parse(out.str());
 }
 
-Report wholeReport()
+TEST(Output, TellsPeopleEverythingOnALineOfItsOwn)
+{
+    EXPECT_EQ(textOf(everything()),
+              "Group 1: 2 recordings\n"
+              "        0.0000 s  +- 0.0000 s       reference  first  dir/first.wav\n"
+              "        1.2500 s  +- 0.0001 s      -20.50 ppm  b      a, \"b\".mp3\n"
+              "                    eight-bit samples are signed\n"
+              "\n"
+              "Alone: 1 recording\n"
+              "  alone  alone.ogg: silent\n"
+              "\n"
+              "Failed: 1 file\n"
+              "  gone.wav: could not be read: does not exist\n");
+}
+
+TEST(Output, SaysThatNothingMatched)
+{
+    EXPECT_EQ(textOf(Report()), "Nothing matched.\n");
+}
+
+TEST(Output, TellsProgramsAboutMembers)
+{
+    const json member = jsonOf(everything()).at("groups").at(0).at("members").at(1);
+
+    EXPECT_EQ(member, json({{"name", "b"},
+                            {"path", "a, \"b\".mp3"},
+                            {"offsetSeconds", 1.25},
+                            {"offsetUncertaintySeconds", 0.0001},
+                            {"driftPpm", -20.5},
+                            {"driftUncertaintyPpm", 0.25},
+                            {"durationSeconds", 20.0},
+                            {"notes", {"eight-bit samples are signed"}}}));
+}
+
+TEST(Output, TellsProgramsAboutTheRest)
+{
+    const json result = jsonOf(everything());
+
+    EXPECT_EQ(result.at("version"), 2);
+    EXPECT_EQ(result.at("groups").at(0).at("reference"), "dir/first.wav");
+    EXPECT_EQ(result.at("groups").at(0).at("links").at(0).at("jumps"),
+              json({{{"atSeconds", 10.0}, {"sizeSeconds", 0.5}}}));
+    EXPECT_EQ(result.at("alone").at(0).at("reason"), "silent");
+    EXPECT_EQ(result.at("refusedLinks").at(0).at("verdict"), "weak");
+    EXPECT_EQ(result.at("failed").at(0).at("path"), "gone.wav");
+}
+
+TEST(Output, TellsTablesOneLineForEachFile)
+{
+    std::ostringstream out;
+
+    vxlsync::writeCsv(everything(), out);
+
+    EXPECT_EQ(out.str(), "group,name,path,offset_seconds,offset_uncertainty_seconds,drift_ppm,"
+                         "drift_uncertainty_ppm,duration_seconds,reason\n"
+                         "1,first,dir/first.wav,0.000000,0.000000,0.000,0.000,20.000,\n"
+                         "1,b,\"a, \"\"b\"\".mp3\",1.250000,0.000100,-20.500,0.250,20.000,\n"
+                         ",alone,alone.ogg,,,,,5.000,silent\n"
+                         ",,gone.wav,,,,,,could not be read: does not exist\n");
+}
+
+TEST(Output, ReplacesBytesThatAreNotUtf8)
 {
     Report report;
-    report.groups = {
-        {{2, "b", "dir/b.wav", 0.0f}, {1, "long", "long.wav", 12.3456f}},
-        {{3, "c", "c.wav", 0.0f}, {4, "d", "d.wav", 0.0004f}},
-    };
-    report.alone = {{"e", "e.wav"}};
-    report.failed = {{"f.wav", "does not exist"}, {"g.wav", "is not a regular file"}};
-    return report;
+    report.failed = {{"odd\xFF.wav", "x"}};
+
+    EXPECT_EQ(jsonOf(report).at("failed").at(0).at("path"), "odd\xEF\xBF\xBD.wav");
 }
 
-TEST(Output, WritesEveryPartAsText)
+TEST(Output, DoesNotLetANameCommandTheTerminal)
 {
-    EXPECT_EQ(textOf(wholeReport()), "Group 1: 2 recordings\n"
-                                     "       0.000 s  b     dir/b.wav\n"
-                                     "      12.346 s  long  long.wav\n"
-                                     "\n"
-                                     "Group 2: 2 recordings\n"
-                                     "       0.000 s  c  c.wav\n"
-                                     "       0.000 s  d  d.wav\n"
-                                     "\n"
-                                     "Alone: 1 recording\n"
-                                     "  e  e.wav\n"
-                                     "\n"
-                                     "Failed: 2 files\n"
-                                     "  f.wav: does not exist\n"
-                                     "  g.wav: is not a regular file\n");
+    EXPECT_EQ(vxlsync::printable("a\x1b[2J\n\x7F"), "a\\x1b[2J\\x0a\\x7f");
+    EXPECT_EQ(vxlsync::printable("na\xC3\xAFve"), "na\xC3\xAFve");
 }
 
-TEST(Output, SaysInTheTextThatNothingMatched)
+TEST(Output, CountsCharactersForItsColumns)
 {
     Report report;
-    report.alone = {{"a", "a.wav"}, {"b", "b.wav"}};
+    report.alone = {{0, "na\xC3\xAFve", "p", 5.0, "r"}, {1, "longer", "q", 5.0, "r"}};
 
-    EXPECT_EQ(textOf(report), "Nothing matched.\n"
-                              "\n"
-                              "Alone: 2 recordings\n"
-                              "  a  a.wav\n"
-                              "  b  b.wav\n");
-}
-
-TEST(Output, AlignsNamesByCharactersAndNotByBytes)
-{
-    Report report;
-    // The first name has two characters in three bytes.
-    report.groups = {{{1, "\xC3\xA9z", "x.wav", 0.0f}, {2, "ab", "y.wav", 0.0f}}};
-
-    EXPECT_EQ(textOf(report), "Group 1: 2 recordings\n"
-                              "       0.000 s  \xC3\xA9z  x.wav\n"
-                              "       0.000 s  ab  y.wav\n");
-}
-
-TEST(Output, ShowsControlCharactersOfNamesAsCodes)
-{
-    EXPECT_EQ(vxlsync::printable("a\nb\x1b[31m\x7f \xC3\xA9"), "a\\x0ab\\x1b[31m\\x7f \xC3\xA9");
-}
-
-TEST(Output, WritesEveryPartAsJson)
-{
-    const json expected = {
-        {"version", 1},
-        {"groups",
-         {{{"members",
-            {{{"name", "b"}, {"path", "dir/b.wav"}, {"offsetSeconds", 0.0}},
-             {{"name", "long"},
-              {"path", "long.wav"},
-              {"offsetSeconds", static_cast<double>(12.3456f)}}}}},
-          {{"members",
-            {{{"name", "c"}, {"path", "c.wav"}, {"offsetSeconds", 0.0}},
-             {{"name", "d"},
-              {"path", "d.wav"},
-              {"offsetSeconds", static_cast<double>(0.0004f)}}}}}}},
-        {"alone", {{{"name", "e"}, {"path", "e.wav"}}}},
-        {"failed",
-         {{{"path", "f.wav"}, {"reason", "does not exist"}},
-          {{"path", "g.wav"}, {"reason", "is not a regular file"}}}},
-    };
-
-    EXPECT_EQ(json::parse(jsonTextOf(wholeReport())), expected);
-}
-
-TEST(Output, WritesEmptyListsAsJsonArrays)
-{
-    EXPECT_EQ(json::parse(jsonTextOf(Report())),
-              json::parse(R"({"version": 1, "groups": [], "alone": [], "failed": []})"));
-}
-
-TEST(Output, WritesOffsetsAsJsonThatReadBackAsTheSameFloat)
-{
-    // Neighbouring floats, which six digits could not tell apart.
-    const float offset = 4321.0005f;
-    const float next = std::nextafter(offset, 5000.0f);
-    Report report;
-    report.groups = {{{1, "a", "a.wav", offset}, {2, "b", "b.wav", next}}};
-
-    const json members = json::parse(jsonTextOf(report)).at("groups").at(0).at("members");
-
-    EXPECT_EQ(members.at(0).at("offsetSeconds").get<float>(), offset);
-    EXPECT_EQ(members.at(1).at("offsetSeconds").get<float>(), next);
-}
-
-TEST(Output, ReplacesBytesThatAreNotUtf8InJson)
-{
-    Report report;
-    report.alone = {{"a\xFF", "dir\xC3/a\xFF.wav"}};
-    report.failed = {{"\xFE.wav", "does not exist"}};
-
-    const json document = json::parse(jsonTextOf(report));
-
-    EXPECT_EQ(document.at("alone").at(0).at("name"), "a\xEF\xBF\xBD");
-    EXPECT_EQ(document.at("alone").at(0).at("path"), "dir\xEF\xBF\xBD/a\xEF\xBF\xBD.wav");
-    EXPECT_EQ(document.at("failed").at(0).at("path"), "\xEF\xBF\xBD.wav");
-}
-
-TEST(Output, EscapesQuotesAndNewlinesOfNamesInJson)
-{
-    Report report;
-    report.alone = {{"say \"a\"\n", "b\\c.wav"}};
-
-    const json document = json::parse(jsonTextOf(report));
-
-    EXPECT_EQ(document.at("alone").at(0).at("name"), "say \"a\"\n");
-    EXPECT_EQ(document.at("alone").at(0).at("path"), "b\\c.wav");
+    EXPECT_THAT(textOf(report), HasSubstr("  na\xC3\xAFve   p: r\n  longer  q: r\n"));
 }
 
 } // namespace

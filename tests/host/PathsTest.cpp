@@ -56,16 +56,6 @@ TEST(Paths, FollowsALinkToTheFile)
     EXPECT_THAT(distinctPaths({path, link}).kept, ElementsAre(path));
 }
 
-TEST(Paths, KeepsALinkBesideANameThatTheLibrarySkips)
-{
-    const wave::TempFolder folder;
-    const std::string path = folder.write("a.WAV", {});
-    const std::string link = folder / "link.wav";
-    std::filesystem::create_symlink(path, link);
-
-    EXPECT_THAT(distinctPaths({path, link}).kept, ElementsAre(path, link));
-}
-
 TEST(Paths, KnowsTheExtensionThatTheLibraryTakes)
 {
     EXPECT_TRUE(hasWavExtension("a.wav"));
@@ -76,6 +66,28 @@ TEST(Paths, KnowsTheExtensionThatTheLibraryTakes)
     EXPECT_FALSE(hasWavExtension("wav"));
     EXPECT_FALSE(hasWavExtension("dir.wav/a"));
     EXPECT_FALSE(hasWavExtension(""));
+}
+
+TEST(Paths, FindsAFileByPathByDetourAndByName)
+{
+    const wave::TempFolder folder;
+    const std::vector<std::string> paths{folder.write("a.wav", {}), folder.write("b.mp3", {})};
+
+    EXPECT_EQ(vxlsync::findPath(paths, paths[1]), 1u);
+    EXPECT_EQ(vxlsync::findPath(paths, folder.path + "/./b.mp3"), 1u);
+    EXPECT_EQ(vxlsync::findPath(paths, "b.mp3"), 1u);
+    EXPECT_EQ(vxlsync::findPath(paths, "a"), 0u);
+}
+
+TEST(Paths, FindsNothingForANameThatTwoFilesHave)
+{
+    EXPECT_EQ(vxlsync::findPath({"one/take.wav", "two/take.wav"}, "take"), 2u);
+    EXPECT_EQ(vxlsync::findPath({"one/take.wav", "two/take.wav"}, "two/take.wav"), 1u);
+}
+
+TEST(Paths, FindsNothingForAStranger)
+{
+    EXPECT_EQ(vxlsync::findPath({"a.wav"}, "b.wav"), 1u);
 }
 
 } // namespace

@@ -1,118 +1,130 @@
-#include <algorithm>
-#include <limits>
+#include "Progress.h"
+
 #include <sstream>
 
-#include <gtest/gtest.h>
-
-#include "ProgressBar.h"
-#include "SyncProgress.h"
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 
 namespace
 {
 
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
 using vxlsync::barText;
-using vxlsync::ProgressBar;
+using vxlsync::Progress;
+using vxlsync::ProgressMode;
 
-// A label of 12 columns, 40 between the brackets, the number in 4.
-const std::string half = "Working     [" + std::string(20, '#') + std::string(20, '.') + "]  50 %";
-
-std::string erasing(const std::string& text)
+TEST(Progress, DrawsAShareOfTheBar)
 {
-    return '\r' + std::string(text.size(), ' ') + '\r';
+    // Half of 40.
+    EXPECT_EQ(barText("Reading", 0.5, -1.0),
+              "Reading     [" + std::string(20, '#') + std::string(20, '.') + "]  50 %");
 }
 
-// The percentages in the order in which they were drawn.
-std::vector<int> percentagesIn(const std::string& drawn)
+TEST(Progress, TellsTheSecondsLeftRoundedUp)
 {
-    std::vector<int> result;
-    for (std::size_t end = drawn.find("] "); end != std::string::npos;
-         end = drawn.find("] ", end + 1)) {
-        result.push_back(std::stoi(drawn.substr(end + 1)));
-    }
-    return result;
+    EXPECT_THAT(barText("Reading", 0.5, 2.1), EndsWith("  50 %  3 s left"));
 }
 
-TEST(ProgressBar, FillsAsMuchOfTheBarAsIsDone)
+TEST(Progress, TakesSharesOutsideForTheNearerEnd)
 {
-    EXPECT_EQ(barText("Working", 0.5f), half);
+    EXPECT_THAT(barText("x", -1.0, -1.0), HasSubstr("   0 %"));
+    EXPECT_THAT(barText("x", 7.0, -1.0), HasSubstr(" 100 %"));
+    EXPECT_THAT(barText("x", std::nan(""), -1.0), HasSubstr("   0 %"));
 }
 
-TEST(ProgressBar, StaysBetweenEmptyAndFull)
-{
-    EXPECT_EQ(barText("Working", -1.0f), barText("Working", 0.0f));
-    EXPECT_EQ(barText("Working", 2.0f), barText("Working", 1.0f));
-    EXPECT_EQ(barText("Working", std::numeric_limits<float>::quiet_NaN()),
-              barText("Working", 0.0f));
-    EXPECT_EQ(barText("Working", 1.0f), "Working     [" + std::string(40, '#') + "] 100 %");
-}
-
-TEST(ProgressBar, ErasesItselfAtItsEnd)
+TEST(Progress, PutsAStageInItsPlaceOfTheWhole)
 {
     std::ostringstream out;
+    Progress progress(out, ProgressMode::plain);
 
+    progress.stage("Comparing", 0.2, 0.6);
+    progress.update(0.5);
+
+    // 0.2 and half of 0.4.
+    EXPECT_THAT(out.str(), HasSubstr("Comparing: 0 %, whole 20 %"));
+    EXPECT_THAT(out.str(), HasSubstr("Comparing: 50 %, whole 40 %"));
+}
+
+TEST(Progress, NamesTheFilesThatAreDone)
+{
+    std::ostringstream out;
+    Progress progress(out, ProgressMode::plain);
+
+    progress.stage("Reading", 0.0, 0.5);
+    progress.finishFile("a.wav", 0.5);
+
+    EXPECT_THAT(out.str(), HasSubstr("Reading: 50 %, whole 25 %"));
+    EXPECT_THAT(out.str(), EndsWith("done: a.wav\n"));
+}
+
+TEST(Progress, NeverFallsBack)
+{
+    std::ostringstream out;
+    Progress progress(out, ProgressMode::plain);
+
+    progress.stage("Comparing", 0.0, 1.0);
+    progress.update(0.5);
+    const std::string before = out.str();
+    progress.update(0.3);
+
+    EXPECT_EQ(out.str(), before);
+}
+
+TEST(Progress, WritesOneObjectALineForPrograms)
+{
+    std::ostringstream out;
     {
-        ProgressBar bar(out, true);
-        bar.show("Working", 0.5f);
+        Progress progress(out, ProgressMode::json);
+        progress.stage("Reading", 0.0, 0.5);
+        progress.finishFile("a\nb.wav", 1.0);
     }
 
-    EXPECT_EQ(out.str(), half + erasing(half));
+    std::istringstream lines(out.str());
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_EQ(nlohmann::json::parse(line).at("stage"), "Reading");
+    std::getline(lines, line);
+    const auto last = nlohmann::json::parse(line);
+    EXPECT_EQ(last.at("share"), 0.5);
+    EXPECT_EQ(last.at("stageShare"), 1.0);
+    EXPECT_EQ(last.at("file"), "a\nb.wav");
+    EXPECT_TRUE(last.contains("secondsLeft"));
 }
 
-TEST(ProgressBar, IsNotDrawnAgainWhileItLooksTheSame)
+TEST(Progress, CanBeSilent)
 {
     std::ostringstream out;
-    ProgressBar bar(out, true);
-
-    bar.show("Working", 0.5f);
-    bar.show("Working", 0.503f);
-
-    EXPECT_EQ(out.str(), half);
-}
-
-TEST(ProgressBar, PrintsLinesAboveItself)
-{
-    std::ostringstream out;
-    ProgressBar bar(out, true);
-    bar.show("Working", 0.5f);
-
-    bar.printLine("a line");
-
-    EXPECT_EQ(out.str(), half + erasing(half) + "a line\n" + half);
-}
-
-TEST(ProgressBar, PrintsOnlyLinesWhenItIsNotShown)
-{
-    std::ostringstream out;
-
     {
-        ProgressBar bar(out, false);
-        bar.show("Working", 0.5f);
-        bar.printLine("a line");
+        Progress progress(out, ProgressMode::none);
+        progress.stage("Reading", 0.0, 1.0);
+        progress.finishFile("a.wav", 1.0);
     }
 
-    EXPECT_EQ(out.str(), "a line\n");
+    EXPECT_EQ(out.str(), "");
 }
 
-TEST(SyncProgress, NeverMovesTheBarBack)
+TEST(Progress, PrintsLinesAboveTheBar)
 {
     std::ostringstream out;
-    ProgressBar bar(out, true);
-    vxlsync::SyncProgress progress(bar);
+    Progress progress(out, ProgressMode::bar);
+    progress.stage("Reading", 0.0, 1.0);
 
-    progress.setStage(0);
-    progress.setStage(1);
-    // Over the recordings, and again from 0 over the keys.
-    for (const float fraction : {0.0f, 0.5f, 1.0f, 0.0f, 0.5f, 1.0f})
-        progress.setFraction(fraction);
-    for (int stage = 2; stage <= 5; ++stage)
-        progress.setStage(stage);
+    progress.printLine("something");
 
-    const std::vector<int> percentages = percentagesIn(out.str());
-    EXPECT_TRUE(std::is_sorted(percentages.begin(), percentages.end()));
-    ASSERT_GE(percentages.size(), 8u);
-    EXPECT_EQ(percentages.front(), 0);
-    EXPECT_GE(percentages.back(), 98);
-    EXPECT_LE(percentages.back(), 100);
+    EXPECT_THAT(out.str(), HasSubstr("\rsomething\nReading     [...."));
+}
+
+TEST(Progress, LeavesNothingOfTheBarBehind)
+{
+    std::ostringstream out;
+    {
+        Progress progress(out, ProgressMode::bar);
+        progress.stage("Reading", 0.0, 1.0);
+    }
+
+    EXPECT_THAT(out.str(), EndsWith(std::string(40, ' ') + "\r"));
 }
 
 } // namespace
