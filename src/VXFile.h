@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 #include <map>
+#include <memory_resource>
 #include <vector>
 
 #include "VXExport.h"
@@ -42,7 +43,7 @@ public:
     std::int64_t queryNumberLandmarksInBetween(std::int64_t start, std::int64_t end);
 
     // The landmarks by frame, for direct use. Still owned by the file.
-    std::map<std::int64_t, std::vector<VXLandmark*>>& getLandmarkMap() { return landmarks; }
+    std::pmr::map<std::int64_t, std::vector<VXLandmark*>>& getLandmarkMap() { return landmarks; }
 
     std::int64_t getFileID() const { return fileID; }
     // Frame of the last landmark; lower than the first while there is none.
@@ -51,9 +52,12 @@ public:
     std::int64_t getMinLandmarkOffsetTime() const { return minLandmarkOffsetTime; }
 
 private:
+    // The nodes of both tables, each in one piece: among the landmarks, a walk by frame would wait
+    // for memory at every node.
+    std::pmr::monotonic_buffer_resource nodes;
     // Owns the landmarks. Within one frame they stand in the order in which they were added.
-    std::map<std::int64_t, std::vector<VXLandmark*>> landmarks;
-    std::map<std::int64_t, std::int64_t> clf;
+    std::pmr::map<std::int64_t, std::vector<VXLandmark*>> landmarks{&nodes};
+    std::pmr::map<std::int64_t, std::int64_t> clf{&nodes};
     std::int64_t fileID;
     std::int64_t maxLandmarkOffsetTime = std::numeric_limits<std::int64_t>::min();
     std::int64_t minLandmarkOffsetTime = std::numeric_limits<std::int64_t>::max();

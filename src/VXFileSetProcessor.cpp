@@ -9,6 +9,7 @@
 #include "VXFile.h"
 #include "VXFileSet.h"
 #include "VXLandmark.h"
+#include "VXPrefetch.h"
 
 namespace VXS
 {
@@ -18,17 +19,31 @@ namespace
 
 // A landmark without a file counts for the cap of its key, and has nobody to vote for.
 constexpr std::uint32_t noFile = std::numeric_limits<std::uint32_t>::max();
-constexpr std::uint32_t lastOfKey = std::uint32_t{1} << 31u;
 
-constexpr std::size_t entriesPerDeal = 4096;
-constexpr std::size_t mostDeals = 4096;
-// The upper 12 bits choose among as many deals.
-constexpr unsigned int dealShift = 20;
+constexpr std::size_t entriesPerDeal = 16384;
+constexpr unsigned int mostDealBits = 12;
+// Cut from one array of 2 MB where the landmarks are many enough to fill it.
+constexpr std::size_t manyBlocks = 512;
+constexpr unsigned int keyBits = 32;
 
-// Spreads keys evenly: their fields leave some bits at 0 and fill others unevenly.
-std::uint32_t spread(std::uint32_t key)
+// An odd number near 2^32 divided by the golden ratio.
+constexpr std::uint32_t spreadFactor = 0x9E3779B1u;
+
+// Newton's iteration modulo 2^32, which doubles the bits that are right.
+constexpr std::uint32_t inverse(std::uint32_t factor)
 {
-    return key * 0x9E3779B1u;
+    std::uint32_t result = factor;
+    for (int step = 0; step < 4; ++step)
+        result *= 2u - factor * result;
+    return result;
+}
+
+unsigned int bitsToHold(std::uint64_t greatest)
+{
+    unsigned int bits = 0;
+    while (greatest >> bits != 0)
+        ++bits;
+    return bits;
 }
 
 // Where each element would stand in order.
@@ -45,6 +60,20 @@ std::vector<std::uint32_t> ranksOf(const std::vector<Element>& elements, Order o
         ranks[sorted[i]] = static_cast<std::uint32_t>(i);
     }
     return ranks;
+}
+
+// Calls `visit` with the begin and the end of the landmarks of each key.
+template <typename Entry, typename Visit>
+void visitKeys(const std::vector<Entry>& sorted, Visit visit)
+{
+    const Entry* end = sorted.data() + sorted.size();
+    for (const Entry* begin = sorted.data(); begin != end;) {
+        const Entry* next = begin;
+        while (next != end && next->spreadKey == begin->spreadKey)
+            ++next;
+        visit(begin, next);
+        begin = next;
+    }
 }
 
 // The landmarks of a file whose counts are up to date; otherwise 0.
@@ -103,55 +132,134 @@ private:
     std::int32_t lastPercentage = 0;
 };
 
+// Everything that may vote. A voter is one landmark, coded as its file above its frame; those of
+// one key stand together, in order of their files and frames.
+template <typename Code>
+struct VXFileSetProcessor::Ballot {
+    static constexpr Code lastOfKey = Code{1} << (std::numeric_limits<Code>::digits - 1);
+
+    struct KeyEnd {
+        std::uint32_t voter;
+        std::uint32_t spreadKey;
+    };
+
+    // The voters of one file in one key.
+    struct Run {
+        std::uint32_t begin;
+        std::uint32_t end;
+    };
+
+    struct File {
+        // One for each of its keys that files of higher id hold too.
+        std::vector<Run> runs;
+        Code least = std::numeric_limits<Code>::max();
+        Code greatest = 0;
+
+        bool hasVoters() const { return least <= greatest; }
+    };
+
+    Ballot(const VoterLayout& newLayout, std::size_t fileCount, std::size_t mostVoters)
+        : layout(newLayout), voters(mostVoters), files(fileCount)
+    {
+        // What is reserved too much is never touched.
+        keyEnds.reserve(mostVoters / 2);
+        for (File& file : files)
+            file.runs.reserve(mostVoters / fileCount);
+    }
+
+    std::size_t fileOf(Code voter) const
+    {
+        return static_cast<std::size_t>((voter & ~lastOfKey) >> layout.offsetBits);
+    }
+
+    // Enters the landmarks of one key, unless they stand in one file alone. `codes` ends before the
+    // places without a file.
+    void enterKey(const Entry* begin, const Entry* end, const std::vector<Code>& codes)
+    {
+        while (end != begin && (end - 1)->place >= codes.size())
+            --end;
+        if (begin == end) return;
+        if (fileOf(codes[begin->place]) == fileOf(codes[(end - 1)->place])) return;
+
+        Code* const first = voters.data() + size;
+        Code* last = first;
+        for (const Entry* entry = begin; entry != end; ++entry) {
+            *last = codes[entry->place];
+            ++last;
+        }
+        for (const Code* run = first; run != last;) {
+            const std::size_t number = fileOf(*run);
+            const Code* runEnd = run + 1;
+            while (runEnd != last && fileOf(*runEnd) == number)
+                ++runEnd;
+            File& file = files[number];
+            file.least = std::min(file.least, *run);
+            file.greatest = std::max(file.greatest, *(runEnd - 1));
+            if (runEnd != last) {
+                const auto length = static_cast<std::size_t>(runEnd - run);
+                file.runs.push_back({static_cast<std::uint32_t>(run - voters.data()),
+                                     static_cast<std::uint32_t>(runEnd - voters.data())});
+                votes += length * static_cast<std::uint64_t>(last - runEnd);
+            }
+            run = runEnd;
+        }
+        *(last - 1) |= lastOfKey;
+        size = static_cast<std::size_t>(last - voters.data());
+        keyEnds.push_back({static_cast<std::uint32_t>(size), begin->spreadKey});
+    }
+
+    VoterLayout layout;
+    LargeArray<Code> voters;
+    std::size_t size = 0;
+    // In the order of the voters.
+    std::vector<KeyEnd> keyEnds;
+    std::vector<File> files;
+    std::size_t keys = 0;
+    std::uint64_t votes = 0;
+};
+
 // Counts the votes of one file, A, against every file of higher id. The possible offsets of all
 // these pairs lie one pair after the other in one row of slots, and the row is counted a window at
 // a time, so that the table stays small beside the landmarks however long the recordings are.
+//
+// A slot, and the place of a wanted voter, is a sum of two codes and a constant of the pair. The
+// sums wrap around in 64 bits, so that the constants may be negative.
+template <typename Code>
 class VXFileSetProcessor::PairCounter
 {
 public:
-    PairCounter(const VXFileSetProcessor& newProcessor, const Ballot& newBallot,
+    PairCounter(const VXFileSetProcessor& newProcessor, const Ballot<Code>& newBallot,
                 VXHistogramSet& newHistograms)
         : processor(newProcessor),
           ballot(newBallot),
           histograms(newHistograms),
-          spans(processor.owners.size(), {std::numeric_limits<std::int32_t>::max(),
-                                          std::numeric_limits<std::int32_t>::min()}),
-          firstSlot(spans.size() + 1),
-          pairHistograms(spans.size()),
-          bestOffsets(spans.size()),
-          ends(spans.size())
+          firstSlot(ballot.files.size() + 1),
+          isPartner(ballot.files.size()),
+          pairHistograms(ballot.files.size()),
+          constants(ballot.files.size()),
+          ends(ballot.files.size())
     {
-        for (const Voter& voter : ballot.voters) {
-            Span& span = spans[voter.file & ~lastOfKey];
-            span.least = std::min(span.least, voter.offset);
-            span.greatest = std::max(span.greatest, voter.offset);
-        }
     }
 
     template <typename Count>
-    void countPairsOf(std::uint32_t fileA, KeyProgress& progress)
+    void countAllPairs(KeyProgress& progress)
     {
-        if (ballot.runs[fileA].empty()) return;
-        layOutSlots(fileA);
-        const std::uint64_t slots = firstSlot.back();
-        const std::uint64_t windowSlots = std::min(slots, mostSlots());
-        std::vector<Count> counts(windowSlots);
-        for (std::uint64_t first = 0; first < slots; first += windowSlots) {
-            if (windowSlots == slots) {
-                count<Count, false>(fileA, first, counts, progress);
-            } else {
-                count<Count, true>(fileA, first, counts, progress);
-            }
-            compact(fileA, first, counts);
-            std::fill(counts.begin(), counts.end(), Count{0});
+        std::vector<Count> counts;
+        for (std::size_t fileA = 0; fileA < ballot.files.size(); ++fileA) {
+            if (ballot.files[fileA].runs.empty()) continue;
+            countPairsOf(fileA, counts, progress);
+            keepEnds(fileA);
         }
-        keepEnds(fileA);
     }
 
 private:
-    struct Span {
-        std::int32_t least;
-        std::int32_t greatest;
+    using Run = typename Ballot<Code>::Run;
+
+    template <typename Count>
+    struct Window {
+        // At 0 but while they are counted.
+        Count* counts;
+        std::uint64_t size;
     };
 
     struct EndVoters {
@@ -164,100 +272,145 @@ private:
     std::uint64_t mostSlots() const
     {
         constexpr std::uint64_t least = std::uint64_t{1} << 20u;
-        return std::max<std::uint64_t>(least, ballot.voters.size());
+        return std::max<std::uint64_t>(least, ballot.size);
     }
 
-    std::int64_t lowestOffset(std::uint32_t fileA, std::size_t fileB) const
+    // Of the file's first voter or last, from the first frame of any.
+    std::int64_t frameOf(Code voter) const
     {
-        return static_cast<std::int64_t>(spans[fileA].least) - spans[fileB].greatest;
+        return static_cast<std::int64_t>(voter & ((Code{1} << ballot.layout.offsetBits) - 1u));
     }
 
-    void layOutSlots(std::uint32_t fileA)
+    std::int64_t lowestOffset(std::size_t fileA, std::size_t fileB) const
     {
-        std::uint64_t next = 0;
-        for (std::size_t fileB = 0; fileB < spans.size(); ++fileB) {
-            firstSlot[fileB] = next;
-            pairHistograms[fileB] = nullptr;
-            if (fileB <= fileA || spans[fileB].least > spans[fileB].greatest) continue;
-            const std::int64_t highest =
-                static_cast<std::int64_t>(spans[fileA].greatest) - spans[fileB].least;
-            next += static_cast<std::uint64_t>(highest - lowestOffset(fileA, fileB)) + 1;
-        }
-        firstSlot[spans.size()] = next;
+        return frameOf(ballot.files[fileA].least) - frameOf(ballot.files[fileB].greatest);
     }
 
-    // Where an offset of 0 of each pair would stand, which may be outside the window.
-    std::vector<std::int64_t> zeroSlots(std::uint32_t fileA, std::uint64_t firstOfWindow) const
+    // What the codes of files A and B differ by where their frames are equal.
+    std::uint64_t codesBetween(std::size_t fileA, std::size_t fileB) const
     {
-        std::vector<std::int64_t> zeros(spans.size());
-        for (std::size_t fileB = 0; fileB < spans.size(); ++fileB) {
-            zeros[fileB] = static_cast<std::int64_t>(firstSlot[fileB] - firstOfWindow) -
-                           lowestOffset(fileA, fileB);
-        }
-        return zeros;
-    }
-
-    // Calls `visit` with the first of file A's voters in each of its keys, and with the first of
-    // their partners, which stand behind them.
-    template <typename Visit>
-    void visitRuns(std::uint32_t fileA, Visit visit) const
-    {
-        for (const std::uint32_t begin : ballot.runs[fileA]) {
-            const Voter* first = ballot.voters.data() + begin;
-            const Voter* partner = first + 1;
-            while (partner->file == fileA)
-                ++partner;
-            visit(first, partner);
-        }
-    }
-
-    // Calls `visit` with the file and the offset of each voter from `partner` to the last of the
-    // key.
-    template <typename Visit>
-    static void visitPartners(const Voter* partner, Visit visit)
-    {
-        std::uint32_t mark = 0;
-        for (; mark == 0; ++partner) {
-            mark = partner->file & lastOfKey;
-            visit(partner->file & ~lastOfKey, partner->offset);
-        }
-    }
-
-    template <typename Count, bool isWindowed>
-    void count(std::uint32_t fileA, std::uint64_t firstOfWindow, std::vector<Count>& counts,
-               KeyProgress& progress)
-    {
-        const std::vector<std::int64_t> zeroSlot = zeroSlots(fileA, firstOfWindow);
-        const std::int64_t* zeros = zeroSlot.data();
-        Count* table = counts.data();
-        const std::uint64_t size = counts.size();
-        visitRuns(fileA, [&](const Voter* first, const Voter* end) {
-            std::uint64_t votes = 0;
-            visitPartners(end, [&](std::uint32_t fileB, std::int32_t offsetB) {
-                const std::int64_t base = zeros[fileB] - offsetB;
-                for (const Voter* a = first; a != end; ++a) {
-                    const std::int64_t slot = base + a->offset;
-                    if (isWindowed && static_cast<std::uint64_t>(slot) >= size) continue;
-                    ++table[slot];
-                }
-                votes += static_cast<std::uint64_t>(end - first);
-            });
-            if (firstOfWindow == 0) progress.addVotes(votes);
-        });
+        return static_cast<std::uint64_t>(fileB - fileA) << ballot.layout.offsetBits;
     }
 
     template <typename Count>
-    void compact(std::uint32_t fileA, std::uint64_t firstOfWindow, const std::vector<Count>& counts)
+    void countPairsOf(std::size_t fileA, std::vector<Count>& counts, KeyProgress& progress)
     {
-        const std::uint64_t endOfWindow = firstOfWindow + counts.size();
-        for (std::size_t fileB = fileA + 1; fileB < spans.size(); ++fileB) {
+        layOutSlots(fileA);
+        const std::uint64_t slots = firstSlot.back();
+        const std::uint64_t windowSlots = std::min(slots, mostSlots());
+        if (counts.size() < windowSlots) counts.resize(windowSlots);
+        const Window<Count> window{counts.data(), windowSlots};
+        if (slots == windowSlots) {
+            count<false>(fileA, 0, window, progress);
+            compact(fileA, 0, window);
+            return;
+        }
+        for (std::uint64_t first = 0; first < slots; first += windowSlots) {
+            count<true>(fileA, first, window, progress);
+            compact(fileA, first, window);
+        }
+    }
+
+    // Lays out the slots for all files of higher id, and where these are many beside what votes,
+    // only for those with which file A shares a key: in a job of many groups those are few.
+    void layOutSlots(std::size_t fileA)
+    {
+        for (std::size_t fileB = 0; fileB < isPartner.size(); ++fileB)
+            isPartner[fileB] = fileB > fileA && ballot.files[fileB].hasVoters() ? 1 : 0;
+        layOutPartners(fileA);
+        if (firstSlot.back() / 8 <= ballot.files[fileA].runs.size()) return;
+
+        std::fill(isPartner.begin(), isPartner.end(), char{0});
+        visitRuns(fileA, [&](const Code*, const Code* end) {
+            visitPartners(end, [&](Code partner) { isPartner[ballot.fileOf(partner)] = 1; });
+        });
+        layOutPartners(fileA);
+    }
+
+    void layOutPartners(std::size_t fileA)
+    {
+        std::uint64_t next = 0;
+        for (std::size_t fileB = 0; fileB < ballot.files.size(); ++fileB) {
+            firstSlot[fileB] = next;
+            pairHistograms[fileB] = nullptr;
+            if (!isPartner[fileB]) continue;
+            const std::int64_t highest =
+                frameOf(ballot.files[fileA].greatest) - frameOf(ballot.files[fileB].least);
+            next += static_cast<std::uint64_t>(highest - lowestOffset(fileA, fileB)) + 1;
+        }
+        firstSlot.back() = next;
+    }
+
+    // Calls `visit` with the begin and the end of file A's voters in each of its keys; their
+    // partners stand behind them.
+    template <typename Visit>
+    void visitRuns(std::size_t fileA, Visit visit) const
+    {
+        // The runs of a file are spread over the voters of all, and too short to foresee the next.
+        constexpr std::size_t ahead = 24;
+        const Code* voters = ballot.voters.data();
+        const std::vector<Run>& runs = ballot.files[fileA].runs;
+        for (std::size_t i = 0; i < runs.size(); ++i) {
+            VXS_PREFETCH(voters + runs[std::min(i + ahead, runs.size() - 1)].begin);
+            visit(voters + runs[i].begin, voters + runs[i].end);
+        }
+    }
+
+    // Calls `visit` with each voter from `partner` to the last of its key, and gives their number.
+    template <typename Visit>
+    static std::size_t visitPartners(const Code* partner, Visit visit)
+    {
+        const Code* next = partner;
+        Code mark = 0;
+        do {
+            mark = *next & Ballot<Code>::lastOfKey;
+            visit(static_cast<Code>(*next ^ mark));
+            ++next;
+        } while (mark == 0);
+        return static_cast<std::size_t>(next - partner);
+    }
+
+    template <bool isWindowed, typename Count>
+    void count(std::size_t fileA, std::uint64_t firstOfWindow, const Window<Count>& window,
+               KeyProgress& progress)
+    {
+        for (std::size_t fileB = fileA + 1; fileB < constants.size(); ++fileB) {
+            constants[fileB] = firstSlot[fileB] - firstOfWindow -
+                               static_cast<std::uint64_t>(lowestOffset(fileA, fileB)) +
+                               codesBetween(fileA, fileB);
+        }
+        const std::uint64_t* constantOf = constants.data();
+        Count* counts = window.counts;
+        const std::uint64_t size = window.size;
+        const unsigned int offsetBits = ballot.layout.offsetBits;
+        visitRuns(fileA, [&](const Code* begin, const Code* end) {
+            const std::size_t partners = visitPartners(end, [&](Code partner) {
+                const std::uint64_t base = constantOf[partner >> offsetBits] - partner;
+                for (const Code* voter = begin; voter != end; ++voter) {
+                    const std::uint64_t slot = base + *voter;
+                    if (isWindowed && slot >= size) continue;
+                    ++counts[slot];
+                }
+            });
+            const auto voters = static_cast<std::size_t>(end - begin);
+            if (firstOfWindow == 0) progress.addVotes(std::uint64_t{voters} * partners);
+        });
+    }
+
+    // Moves what a window holds into the histograms, and leaves it at 0.
+    template <typename Count>
+    void compact(std::size_t fileA, std::uint64_t firstOfWindow, const Window<Count>& window)
+    {
+        const std::uint64_t endOfWindow = firstOfWindow + window.size;
+        for (std::size_t fileB = fileA + 1; fileB < ballot.files.size(); ++fileB) {
             const std::uint64_t begin = std::max(firstSlot[fileB], firstOfWindow);
             const std::uint64_t end = std::min(firstSlot[fileB + 1], endOfWindow);
             for (std::uint64_t slot = begin; slot < end; ++slot) {
-                const Count votes = counts[slot - firstOfWindow];
+                Count& votes = window.counts[slot - firstOfWindow];
                 if (votes == 0) continue;
                 const auto step = static_cast<std::int64_t>(slot - firstSlot[fileB]);
                 histogramOf(fileA, fileB).append(lowestOffset(fileA, fileB) + step, votes);
+                votes = 0;
             }
             VXHistogram* histogram = pairHistograms[fileB];
             if (histogram != nullptr && firstSlot[fileB + 1] <= endOfWindow) {
@@ -266,7 +419,7 @@ private:
         }
     }
 
-    VXHistogram& histogramOf(std::uint32_t fileA, std::size_t fileB)
+    VXHistogram& histogramOf(std::size_t fileA, std::size_t fileB)
     {
         VXHistogram*& histogram = pairHistograms[fileB];
         if (histogram == nullptr) {
@@ -281,46 +434,80 @@ private:
 
     // Casts the votes once more to find those of the best bins. Keys vote in ascending order, and
     // on equal positions the later vote replaces the earlier one.
-    void keepEnds(std::uint32_t fileA)
+    void keepEnds(std::size_t fileA)
     {
-        for (std::size_t fileB = fileA + 1; fileB < spans.size(); ++fileB) {
+        for (std::size_t fileB = fileA + 1; fileB < ballot.files.size(); ++fileB) {
             ends[fileB].areFound = false;
-            const VXHistogram* histogram = pairHistograms[fileB];
-            if (histogram != nullptr) bestOffsets[fileB] = histogram->bestBin().offset;
+            if (pairHistograms[fileB] == nullptr) continue;
+            const std::int64_t best = pairHistograms[fileB]->bestBin().offset;
+            constants[fileB] = static_cast<std::uint64_t>(best) - codesBetween(fileA, fileB);
         }
 
-        const std::int64_t* best = bestOffsets.data();
-        visitRuns(fileA, [&](const Voter* first, const Voter* end) {
-            // Hardly any vote is for the best bin, and a bit for each remainder of the offsets by
-            // 64 tells of nearly all at once that they are not.
-            std::uint64_t remainders = 0;
-            for (const Voter* a = first; a != end; ++a)
-                remainders |= remainderBit(a->offset);
-            visitPartners(end, [&](std::uint32_t fileB, std::int32_t offsetB) {
-                const std::int64_t wanted = best[fileB] + offsetB;
-                if ((remainders & remainderBit(wanted)) == 0) return;
-                for (const Voter* a = first; a != end; ++a) {
-                    if (a->offset == wanted) extend(ends[fileB], a);
-                }
-            });
+        // The more ends are found, the fewer voters are at or beyond them: most stand inside all.
+        const std::size_t runsBetween = std::max<std::size_t>(256, ballot.files.size());
+        std::size_t runsLeft = runsBetween;
+        Inside inside;
+        visitRuns(fileA, [&](const Code* begin, const Code* end) {
+            if (runsLeft == 0) {
+                inside = insideOfEnds(fileA);
+                runsLeft = runsBetween;
+            }
+            --runsLeft;
+            if (*begin > inside.least && *(end - 1) < inside.greatest) return;
+            extendEnds(begin, end);
         });
 
-        for (std::size_t fileB = fileA + 1; fileB < spans.size(); ++fileB) {
+        for (std::size_t fileB = fileA + 1; fileB < ballot.files.size(); ++fileB) {
             if (pairHistograms[fileB] == nullptr) continue;
             pairHistograms[fileB]->keepEnds(
-                bestOffsets[fileB],
+                pairHistograms[fileB]->bestBin().offset,
                 {landmarkOf(fileA, ends[fileB].least), landmarkOf(fileA, ends[fileB].greatest)});
         }
     }
 
-    static std::uint64_t remainderBit(std::int64_t offset)
+    // A voter of file A between the two, neither of which belongs to it, is no end of any pair.
+    struct Inside {
+        Code least = std::numeric_limits<Code>::max();
+        Code greatest = 0;
+    };
+
+    Inside insideOfEnds(std::size_t fileA) const
     {
-        return std::uint64_t{1} << (static_cast<std::uint64_t>(offset) & 63u);
+        Inside inside{0, std::numeric_limits<Code>::max()};
+        for (std::size_t fileB = fileA + 1; fileB < ends.size(); ++fileB) {
+            if (pairHistograms[fileB] == nullptr) continue;
+            if (!ends[fileB].areFound) return Inside();
+            inside.least = std::max(inside.least, ballot.voters[ends[fileB].least]);
+            inside.greatest = std::min(inside.greatest, ballot.voters[ends[fileB].greatest]);
+        }
+        return inside;
     }
 
-    void extend(EndVoters& found, const Voter* a) const
+    void extendEnds(const Code* begin, const Code* end)
     {
-        const auto voter = static_cast<std::size_t>(a - ballot.voters.data());
+        // Hardly any vote is for the best bin, and a bit for each remainder of the codes by 64
+        // tells of nearly all at once that they are not.
+        std::uint64_t remainders = 0;
+        for (const Code* voter = begin; voter != end; ++voter)
+            remainders |= remainderBit(*voter);
+        visitPartners(end, [&](Code partner) {
+            const std::size_t fileB = ballot.fileOf(partner);
+            const std::uint64_t wanted = constants[fileB] + partner;
+            if ((remainders & remainderBit(wanted)) == 0) return;
+            for (const Code* voter = begin; voter != end; ++voter) {
+                if (*voter == wanted) extend(ends[fileB], voter);
+            }
+        });
+    }
+
+    static std::uint64_t remainderBit(std::uint64_t code)
+    {
+        return std::uint64_t{1} << (code & 63u);
+    }
+
+    void extend(EndVoters& found, const Code* place) const
+    {
+        const auto voter = static_cast<std::size_t>(place - ballot.voters.data());
         if (!found.areFound) {
             found = {voter, voter, true};
             return;
@@ -329,13 +516,11 @@ private:
         const auto isLater = [this](std::size_t left, std::size_t right) {
             return keyOf(left) >= keyOf(right);
         };
-        const std::int32_t offset = voters[voter].offset;
-        const std::int32_t least = voters[found.least].offset;
-        const std::int32_t greatest = voters[found.greatest].offset;
-        if (offset < least || (offset == least && isLater(voter, found.least))) {
-            found.least = voter;
-        }
-        if (offset > greatest || (offset == greatest && isLater(voter, found.greatest))) {
+        const Code code = voters[voter];
+        const Code least = voters[found.least];
+        const Code greatest = voters[found.greatest];
+        if (code < least || (code == least && isLater(voter, found.least))) found.least = voter;
+        if (code > greatest || (code == greatest && isLater(voter, found.greatest))) {
             found.greatest = voter;
         }
     }
@@ -343,26 +528,31 @@ private:
     std::uint32_t keyOf(std::size_t voter) const
     {
         const auto isBefore = [](std::size_t position, const auto& keyEnd) {
-            return position < keyEnd.first;
+            return position < keyEnd.voter;
         };
-        return std::upper_bound(ballot.keyEnds.begin(), ballot.keyEnds.end(), voter, isBefore)
-            ->second;
+        return keyOfSpread(
+            std::upper_bound(ballot.keyEnds.begin(), ballot.keyEnds.end(), voter, isBefore)
+                ->spreadKey);
     }
 
-    VXLandmark* landmarkOf(std::uint32_t file, std::size_t voter) const
+    VXLandmark* landmarkOf(std::size_t fileA, std::size_t voter) const
     {
-        return processor.findLandmark(file, ballot.voters[voter].offset, keyOf(voter));
+        const std::int64_t offset = ballot.layout.leastOffset + frameOf(ballot.voters[voter]);
+        return processor.findLandmark(fileA, offset, keyOf(voter));
     }
 
     const VXFileSetProcessor& processor;
-    const Ballot& ballot;
+    const Ballot<Code>& ballot;
     VXHistogramSet& histograms;
-    std::vector<Span> spans;
     // Where the slots of each pair begin, and the end of the last.
     std::vector<std::uint64_t> firstSlot;
+    // By file B, whether it has slots; not vector<bool>, whose bits are slow to set one by one.
+    std::vector<char> isPartner;
     // By file B, borrowed from `histograms`.
     std::vector<VXHistogram*> pairHistograms;
-    std::vector<std::int64_t> bestOffsets;
+    // By file B: what leads from the codes of two voters to their slot, or from that of B's to the
+    // one of A's that would vote for the best bin with it.
+    std::vector<std::uint64_t> constants;
     std::vector<EndVoters> ends;
 };
 
@@ -383,6 +573,8 @@ VXHistogramSet* VXFileSetProcessor::run(VXFileSet* fileSet, VXProgress* progress
 void VXFileSetProcessor::clear()
 {
     landmarkIndex = std::vector<Deal>(1);
+    dealBits = 0;
+    blockStore = BlockStore();
     places = std::vector<Place>();
     owners.clear();
 }
@@ -398,10 +590,11 @@ void VXFileSetProcessor::addLandmarks(VXFileSet* fileSet, VXProgress* progress)
         for (const auto& entry : files) {
             if (entry.second != nullptr) expected += expectedLandmarks(*entry.second);
         }
-        std::size_t deals = 1;
-        while (deals < mostDeals && deals * entriesPerDeal < expected)
-            deals *= 2;
-        landmarkIndex = std::vector<Deal>(deals);
+        dealBits = 0;
+        while (dealBits < mostDealBits && (entriesPerDeal << dealBits) < expected)
+            ++dealBits;
+        landmarkIndex = std::vector<Deal>(std::size_t{1} << dealBits);
+        blockStore.blocksAtATime = expected / Deal::blockSize < manyBlocks ? 1 : manyBlocks;
     }
 
     std::int32_t done = 0;
@@ -421,6 +614,7 @@ void VXFileSetProcessor::addLandmarks(VXFile* file)
     for (const auto& frame : file->getLandmarkMap()) {
         bool isNewPlace = true;
         for (const VXLandmark* landmark : frame.second) {
+            if (landmark == nullptr) continue;
             if (landmark->file != lastFile) {
                 lastFile = landmark->file;
                 lastOwner = ownerOf(*landmark, file);
@@ -428,23 +622,46 @@ void VXFileSetProcessor::addLandmarks(VXFile* file)
             }
             if (isNewPlace) places.push_back({lastOwner, landmark->offset});
             isNewPlace = false;
-            addEntry({landmark->key, static_cast<std::uint32_t>(places.size() - 1)});
+            addEntry({spread(landmark->key), static_cast<std::uint32_t>(places.size() - 1)});
         }
     }
 }
 
+std::uint32_t VXFileSetProcessor::spread(std::uint32_t key)
+{
+    return key * spreadFactor;
+}
+
+std::uint32_t VXFileSetProcessor::keyOfSpread(std::uint32_t spreadKey)
+{
+    return spreadKey * inverse(spreadFactor);
+}
+
 void VXFileSetProcessor::addEntry(const Entry& entry)
 {
-    // There are a power of two of deals, and the upper bits are the best spread.
-    const std::size_t deal = (spread(entry.key) >> dealShift) & (landmarkIndex.size() - 1);
+    const auto deal =
+        static_cast<std::size_t>(std::uint64_t{entry.spreadKey} << dealBits >> keyBits);
     Deal& target = landmarkIndex[deal];
     if (target.next == target.blockEnd) {
-        target.blocks.emplace_back(new Entry[Deal::blockSize]);
-        target.next = target.blocks.back().get();
+        target.blocks.push_back(takeBlock());
+        target.next = target.blocks.back();
         target.blockEnd = target.next + Deal::blockSize;
     }
     *target.next = entry;
     ++target.next;
+}
+
+VXFileSetProcessor::Entry* VXFileSetProcessor::takeBlock()
+{
+    auto& [blocksAtATime, slabs, spare] = blockStore;
+    if (spare.empty()) {
+        slabs.emplace_back(blocksAtATime * Deal::blockSize);
+        for (std::size_t i = blocksAtATime; i > 0; --i)
+            spare.push_back(slabs.back().data() + (i - 1) * Deal::blockSize);
+    }
+    Entry* block = spare.back();
+    spare.pop_back();
+    return block;
 }
 
 // The place of the landmark's file, entered if it is new. `source` is where the landmark stands,
@@ -499,7 +716,7 @@ template <typename Visit>
 void VXFileSetProcessor::visitEntries(Deal& deal, Visit visit) const
 {
     std::size_t left = sizeOf(deal);
-    for (const auto& block : deal.blocks) {
+    for (Entry* block : deal.blocks) {
         const std::size_t count = std::min(left, Deal::blockSize);
         for (std::size_t i = 0; i < count; ++i)
             visit(block[i]);
@@ -507,17 +724,15 @@ void VXFileSetProcessor::visitEntries(Deal& deal, Visit visit) const
     }
 }
 
-// Moves the landmarks of a deal into `sorted`, by key and, within one, by place.
+// Moves the landmarks of a deal into `sorted`, by spread key and, within one, by place.
 void VXFileSetProcessor::takeByKey(Deal& deal, std::vector<Entry>& sorted)
 {
     const std::size_t size = sizeOf(deal);
-    unsigned int bits = 0;
-    while (size >> bits != 0)
-        ++bits;
+    const unsigned int bits = std::min(bitsToHold(size), keyBits - dealBits);
     // The bits below those that chose the deal.
-    const auto bucketOf = [bits](const Entry& entry) {
-        const std::uint64_t lowBits = spread(entry.key) & ((1u << dealShift) - 1u);
-        return static_cast<std::size_t>(lowBits << bits >> dealShift);
+    const unsigned int unused = keyBits - bits;
+    const auto bucketOf = [this, unused](const Entry& entry) {
+        return static_cast<std::size_t>(std::uint64_t{entry.spreadKey << dealBits} >> unused);
     };
 
     std::vector<std::uint32_t> bucketEnds(std::size_t{1} << bits);
@@ -527,14 +742,17 @@ void VXFileSetProcessor::takeByKey(Deal& deal, std::vector<Entry>& sorted)
         next += std::exchange(bucket, next);
     sorted.resize(size);
     visitEntries(deal, [&](const Entry& entry) { sorted[bucketEnds[bucketOf(entry)]++] = entry; });
+    blockStore.spare.insert(blockStore.spare.end(), deal.blocks.begin(), deal.blocks.end());
     deal = Deal();
 
-    std::size_t begin = 0;
-    for (const std::uint32_t end : bucketEnds) {
-        const auto first = sorted.begin() + static_cast<std::ptrdiff_t>(begin);
-        const auto last = sorted.begin() + static_cast<std::ptrdiff_t>(end);
-        if (!std::is_sorted(first, last)) std::sort(first, last);
-        begin = end;
+    // Only keys that share a bucket can be out of order.
+    const auto end = sorted.end();
+    for (auto unsorted = std::is_sorted_until(sorted.begin(), end); unsorted != end;) {
+        const std::size_t bucket = bucketOf(*unsorted);
+        const std::size_t first = bucket == 0 ? 0 : bucketEnds[bucket - 1];
+        const auto bucketEnd = sorted.begin() + static_cast<std::ptrdiff_t>(bucketEnds[bucket]);
+        std::sort(sorted.begin() + static_cast<std::ptrdiff_t>(first), bucketEnd);
+        unsorted = std::is_sorted_until(bucketEnd, end);
     }
 }
 
@@ -544,72 +762,64 @@ void VXFileSetProcessor::purgeSingletons()
     std::vector<Entry> sorted;
     for (Deal& deal : landmarkIndex) {
         takeByKey(deal, sorted);
-        for (std::size_t i = 0; i < sorted.size(); ++i) {
-            const bool isAlone = (i == 0 || sorted[i - 1].key != sorted[i].key) &&
-                                 (i + 1 == sorted.size() || sorted[i + 1].key != sorted[i].key);
-            if (!isAlone) addEntry(sorted[i]);
-        }
+        visitKeys(sorted, [this](const Entry* begin, const Entry* end) {
+            if (end - begin < 2) return;
+            for (const Entry* entry = begin; entry != end; ++entry)
+                addEntry(*entry);
+        });
     }
 }
 
-// Enters the landmarks of one key, unless they are too many or stand in one file alone.
-void VXFileSetProcessor::enterKey(const Entry* begin, const Entry* end, Ballot& ballot) const
+VXFileSetProcessor::VoterLayout VXFileSetProcessor::voterLayout() const
 {
-    if (end - begin < 2) return;
-    ++ballot.keys;
-    if (static_cast<std::size_t>(end - begin) > maxLandmarkCount) return;
-    const auto fileOf = [this](const Entry* entry) { return places[entry->place].file; };
-    while (end != begin && fileOf(end - 1) == noFile)
-        --end;
-    if (begin == end || fileOf(begin) == fileOf(end - 1)) return;
-
-    std::uint32_t lastFile = noFile;
-    std::uint64_t voters = 0;
-    const std::uint32_t highestFile = fileOf(end - 1);
-    for (const Entry* entry = begin; entry != end; ++entry) {
-        const Place& place = places[entry->place];
-        if (place.file != lastFile) {
-            ballot.votes += voters * static_cast<std::uint64_t>(end - entry);
-            voters = 0;
-            lastFile = place.file;
-            if (place.file != highestFile) {
-                ballot.runs[place.file].push_back(static_cast<std::uint32_t>(ballot.voters.size()));
-            }
-        }
-        ++voters;
-        ballot.voters.push_back({place.file, place.offset});
+    VoterLayout layout;
+    std::int32_t least = std::numeric_limits<std::int32_t>::max();
+    std::int32_t greatest = std::numeric_limits<std::int32_t>::min();
+    for (const Place& place : places) {
+        if (place.file == noFile) break;
+        least = std::min(least, place.offset);
+        greatest = std::max(greatest, place.offset);
+        ++layout.filedPlaces;
     }
-    ballot.voters.back().file |= lastOfKey;
-    ballot.keyEnds.emplace_back(ballot.voters.size(), begin->key);
+    if (layout.filedPlaces == 0) return layout;
+    layout.leastOffset = least;
+    layout.offsetBits =
+        bitsToHold(static_cast<std::uint64_t>(std::int64_t{greatest} - std::int64_t{least}));
+    layout.fileBits = bitsToHold(owners.size() - 1);
+    return layout;
 }
 
-VXFileSetProcessor::Ballot VXFileSetProcessor::collectBallot()
+// The places must be in order. Leaves no landmark in the index.
+template <typename Code>
+VXFileSetProcessor::Ballot<Code> VXFileSetProcessor::collectBallot(const VoterLayout& layout)
 {
-    orderPlaces();
-    Ballot ballot;
-    ballot.runs.resize(owners.size());
+    std::vector<Code> codes(layout.filedPlaces);
+    for (std::size_t i = 0; i < codes.size(); ++i) {
+        const std::int64_t offset = std::int64_t{places[i].offset} - layout.leastOffset;
+        codes[i] = static_cast<Code>(std::uint64_t{places[i].file} << layout.offsetBits |
+                                     static_cast<std::uint64_t>(offset));
+    }
     std::size_t size = 0;
     for (const Deal& deal : landmarkIndex)
         size += sizeOf(deal);
-    ballot.voters.reserve(size);
 
+    Ballot<Code> ballot(layout, owners.size(), size);
     std::vector<Entry> sorted;
     for (Deal& deal : landmarkIndex) {
         takeByKey(deal, sorted);
-        const Entry* end = sorted.data() + sorted.size();
-        for (const Entry* begin = sorted.data(); begin != end;) {
-            const Entry* next = begin;
-            while (next != end && next->key == begin->key)
-                ++next;
-            enterKey(begin, next, ballot);
-            begin = next;
-        }
+        visitKeys(sorted, [&](const Entry* begin, const Entry* end) {
+            if (end - begin < 2) return;
+            ++ballot.keys;
+            if (static_cast<std::size_t>(end - begin) > maxLandmarkCount) return;
+            ballot.enterKey(begin, end, codes);
+        });
     }
+    blockStore = BlockStore();
     return ballot;
 }
 
 // Of several equal landmarks the one that was added last.
-VXLandmark* VXFileSetProcessor::findLandmark(std::uint32_t file, std::int32_t offset,
+VXLandmark* VXFileSetProcessor::findLandmark(std::size_t file, std::int64_t offset,
                                              std::uint32_t key) const
 {
     const Owner& owner = owners[file];
@@ -619,7 +829,7 @@ VXLandmark* VXFileSetProcessor::findLandmark(std::uint32_t file, std::int32_t of
         if (frame == landmarks.end()) continue;
         const auto found = std::find_if(
             frame->second.rbegin(), frame->second.rend(), [&](const VXLandmark* landmark) {
-                return landmark->key == key && landmark->file != nullptr &&
+                return landmark != nullptr && landmark->key == key && landmark->file != nullptr &&
                        landmark->getFileID() == owner.fileID;
             });
         if (found != frame->second.rend()) return *found;
@@ -627,23 +837,33 @@ VXLandmark* VXFileSetProcessor::findLandmark(std::uint32_t file, std::int32_t of
     return nullptr;
 }
 
+template <typename Code>
+void VXFileSetProcessor::vote(const VoterLayout& layout, VXHistogramSet& histograms,
+                              VXProgress* progress)
+{
+    const Ballot<Code> ballot = collectBallot<Code>(layout);
+    KeyProgress keyProgress(progress, ballot.keys, ballot.votes);
+    PairCounter<Code> counter(*this, ballot, histograms);
+    if (ballot.votes <= std::numeric_limits<std::uint32_t>::max()) {
+        counter.template countAllPairs<std::uint32_t>(keyProgress);
+    } else {
+        counter.template countAllPairs<std::uint64_t>(keyProgress);
+    }
+    keyProgress.finish();
+}
+
 VXHistogramSet* VXFileSetProcessor::convert2Histograms(VXProgress* progress)
 {
     if (progress != nullptr) progress->setFraction(0.0f);
     VXHistogramSetHolder histograms(new VXHistogramSet());
-    const Ballot ballot = collectBallot();
-
-    KeyProgress keyProgress(progress, ballot.keys, ballot.votes);
-    PairCounter counter(*this, ballot, *histograms);
-    const bool fitsIn32Bits = ballot.votes <= std::numeric_limits<std::uint32_t>::max();
-    for (std::uint32_t fileA = 0; fileA < owners.size(); ++fileA) {
-        if (fitsIn32Bits) {
-            counter.countPairsOf<std::uint32_t>(fileA, keyProgress);
-        } else {
-            counter.countPairsOf<std::uint64_t>(fileA, keyProgress);
-        }
+    orderPlaces();
+    const VoterLayout layout = voterLayout();
+    // One bit marks the last voter of a key.
+    if (layout.fileBits + layout.offsetBits < std::numeric_limits<std::uint32_t>::digits) {
+        vote<std::uint32_t>(layout, *histograms, progress);
+    } else {
+        vote<std::uint64_t>(layout, *histograms, progress);
     }
-    keyProgress.finish();
     return histograms.release();
 }
 

@@ -3,11 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
-#include <utility>
 #include <vector>
 
 #include "VXHistogram.h"
+#include "VXLargeArray.h"
 
 namespace VXS
 {
@@ -43,14 +42,15 @@ public:
     void purgeSingletons();
 
 private:
-    // One landmark: its key, and the row of `places` that tells its file and frame.
+    // One landmark: its key, spread as `spread` does, and the row of `places` that tells its file
+    // and frame.
     struct Entry {
-        std::uint32_t key;
+        std::uint32_t spreadKey;
         std::uint32_t place;
 
         bool operator<(const Entry& other) const
         {
-            return key != other.key ? key < other.key : place < other.place;
+            return spreadKey != other.spreadKey ? spreadKey < other.spreadKey : place < other.place;
         }
     };
 
@@ -71,47 +71,58 @@ private:
     struct Deal {
         static constexpr std::size_t blockSize = 512;
 
-        std::vector<std::unique_ptr<Entry[]>> blocks;
+        std::vector<Entry*> blocks;
         Entry* next = nullptr;
         Entry* blockEnd = nullptr;
     };
 
-    // One landmark that may vote or be voted against. Those of one key stand together, in order of
-    // their files.
-    struct Voter {
-        // The place of its file in `owners`, and the mark of the last of a key.
-        std::uint32_t file;
-        std::int32_t offset;
+    // What the blocks of all deals are cut from.
+    struct BlockStore {
+        std::size_t blocksAtATime = 1;
+        std::vector<LargeArray<Entry>> slabs;
+        std::vector<Entry*> spare;
     };
 
-    // Everything that may vote.
-    struct Ballot {
-        std::vector<Voter> voters;
-        // The keys with the end of their voters, in the order of the voters.
-        std::vector<std::pair<std::size_t, std::uint32_t>> keyEnds;
-        // By file, where its voters begin in each of its keys that files of higher id hold too.
-        std::vector<std::vector<std::uint32_t>> runs;
-        std::size_t keys = 0;
-        std::uint64_t votes = 0;
+    // How a landmark that may vote is coded in one number, as its file above its frame.
+    struct VoterLayout {
+        // The places with a file, which stand before those without one.
+        std::size_t filedPlaces = 0;
+        std::int32_t leastOffset = 0;
+        unsigned int offsetBits = 0;
+        unsigned int fileBits = 0;
     };
 
+    template <typename Code>
+    struct Ballot;
     class KeyProgress;
+    template <typename Code>
     class PairCounter;
+
+    // Spreads keys evenly over the 32 bits: their fields leave some bits at 0 and fill others
+    // unevenly. Each key has a spread of its own.
+    static std::uint32_t spread(std::uint32_t key);
+    static std::uint32_t keyOfSpread(std::uint32_t spreadKey);
 
     void clear();
     void addEntry(const Entry& entry);
+    Entry* takeBlock();
     std::uint32_t ownerOf(const VXLandmark& landmark, VXFile* source);
     void orderPlaces();
     std::size_t sizeOf(const Deal& deal) const;
     template <typename Visit>
     void visitEntries(Deal& deal, Visit visit) const;
     void takeByKey(Deal& deal, std::vector<Entry>& sorted);
-    void enterKey(const Entry* begin, const Entry* end, Ballot& ballot) const;
-    Ballot collectBallot();
-    VXLandmark* findLandmark(std::uint32_t file, std::int32_t offset, std::uint32_t key) const;
+    VoterLayout voterLayout() const;
+    template <typename Code>
+    Ballot<Code> collectBallot(const VoterLayout& layout);
+    template <typename Code>
+    void vote(const VoterLayout& layout, VXHistogramSet& histograms, VXProgress* progress);
+    VXLandmark* findLandmark(std::size_t file, std::int64_t offset, std::uint32_t key) const;
 
     // By key, in as many deals as make each small beside a processor's cache.
     std::vector<Deal> landmarkIndex;
+    unsigned int dealBits = 0;
+    BlockStore blockStore;
     std::uint32_t maxLandmarkCount;
     // By file and, within one, by frame once they are brought into order.
     std::vector<Place> places;

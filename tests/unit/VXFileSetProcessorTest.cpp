@@ -78,11 +78,12 @@ std::map<std::uint32_t, std::vector<Filed>> indexOf(const VXFileSetProcessor& pr
 {
     std::map<std::uint32_t, std::vector<Filed>> index;
     for (const auto& deal : processor.landmarkIndex) {
-        for (const auto& block : deal.blocks) {
-            for (const auto* entry = block.get(); entry != block.get() + deal.blockSize; ++entry) {
+        for (const auto* block : deal.blocks) {
+            for (const auto* entry = block; entry != block + deal.blockSize; ++entry) {
                 if (entry == deal.next) break;
                 const auto& place = processor.places[entry->place];
-                index[entry->key].push_back({processor.owners[place.file].fileID, place.offset});
+                index[processor.keyOfSpread(entry->spreadKey)].push_back(
+                    {processor.owners[place.file].fileID, place.offset});
             }
         }
     }
@@ -508,6 +509,38 @@ TEST(VXFileSetProcessor, LandmarkWithoutAFileIsNoSecondFile)
     const auto histograms = histogramsOf(fileSet);
 
     EXPECT_TRUE(histograms->empty());
+}
+
+TEST(VXFileSetProcessor, NullAmongTheLandmarksIsPassedOver)
+{
+    VXFileSet fileSet;
+    VXFile* first = addFileWith(fileSet, 1, {{7, 10}});
+    addFileWith(fileSet, 2, {{7, 4}});
+    auto& frame = first->getLandmarkMap().at(10);
+    frame.insert(frame.begin(), nullptr);
+    frame.push_back(nullptr);
+
+    const auto histograms = histogramsOf(fileSet);
+
+    EXPECT_EQ(voteCountsOf(*histograms), (PairVotes{{{1, 2}, {{6, 1}}}}));
+}
+
+// A voter is coded in 32 bits where its file and frame fit, and these frames need all 32.
+TEST(VXFileSetProcessor, FramesAtBothEndsOfTheirRangeLeaveTheVotesAsTheyAre)
+{
+    constexpr std::int32_t last = std::numeric_limits<std::int32_t>::max();
+    constexpr std::int32_t first = std::numeric_limits<std::int32_t>::min();
+    VXFileSet fileSet;
+    VXFile* lower = addFileWith(fileSet, 1, {{7, 10}, {8, last}, {9, 12}, {9, 15}});
+    addFileWith(fileSet, 2, {{6, first}, {7, 4}, {9, 6}, {9, 9}});
+
+    const auto histograms = histogramsOf(fileSet);
+
+    // 10 - 4, 12 - 6 and 15 - 9 are 6, 12 - 9 is 3 and 15 - 6 is 9.
+    EXPECT_EQ(voteCountsOf(*histograms), (PairVotes{{{1, 2}, {{3, 1}, {6, 3}, {9, 1}}}}));
+    const auto ends = histograms->at({1, 2})->endsOf(6);
+    EXPECT_EQ(ends.least, landmarkAt(*lower, 10));
+    EXPECT_EQ(ends.greatest, landmarkAt(*lower, 15));
 }
 
 TEST(VXFileSetProcessor, KeyOf250LandmarksOverAllFilesVotes)

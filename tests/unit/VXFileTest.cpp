@@ -35,7 +35,7 @@ std::vector<std::int64_t> framesOf(VXFile& file)
     return frames;
 }
 
-using Counts = std::map<std::int64_t, std::int64_t>;
+using Counts = std::pmr::map<std::int64_t, std::int64_t>;
 
 TEST(VXFile, NewFileHoldsItsIdAndNoLandmark)
 {
