@@ -70,7 +70,7 @@ public:
                 const double window = (1.0 - edge * edge) * (1.0 - edge * edge);
                 const double sinc =
                     std::fabs(distance) < 1e-12 ? 1.0 : std::sin(pi * distance) / (pi * distance);
-                taps[static_cast<std::size_t>(phase * 2 * half + tap - 1 + half)] =
+                taps[tapsOf(phase) + static_cast<std::size_t>(tap - 1 + half)] =
                     static_cast<float>(sinc * window);
             }
         }
@@ -83,7 +83,7 @@ public:
         if (whole < half || whole + half >= count) return 0.0F;
         const auto phase =
             static_cast<int>(std::lrint((position - static_cast<double>(whole)) * phases));
-        const float* tap = taps.data() + phase * 2 * half;
+        const float* tap = taps.data() + tapsOf(phase);
         const float* from = samples.data() + (whole + 1 - half);
         float sum = 0.0F;
         for (int i = 0; i < 2 * half; ++i)
@@ -92,6 +92,9 @@ public:
     }
 
 private:
+    // Where the taps of a phase begin.
+    static std::size_t tapsOf(int phase) { return static_cast<std::size_t>(phase) * 2 * half; }
+
     static constexpr int phases = 512;
     std::vector<float> taps;
 };

@@ -109,7 +109,7 @@ private:
     int from;
     int to;
     std::unique_ptr<SwrContext, FreeResampler> context;
-    float buffer[bufferSize];
+    float buffer[bufferSize] = {};
 };
 
 float sampleAt(const AVFrame& frame, int channel, int index)

@@ -70,7 +70,7 @@ std::string obstacleOf(const std::string& path)
 std::string failureReason(const std::string& path, const VXS::VXExtractParams& params)
 {
     if (!hasWavExtension(path)) return "name does not end in .wav";
-    const std::string found = obstacleOf(path);
+    std::string found = obstacleOf(path);
     if (!found.empty()) return found;
     const Attempt attempt = tryToLoad(path, params);
     if (attempt.console == "[ERROR]:" + path + " has an incorrect sample rate\n") {

@@ -368,8 +368,9 @@ private:
                     const double from = std::max(0.0, -request.offset);
                     const double to =
                         std::min(shorter.seconds(), longer.seconds() - request.offset);
-                    const double away = std::fabs(static_cast<double>(start + count / 2) / rate -
-                                                  (from + to) / 2.0);
+                    const std::size_t middle = start + count / 2;
+                    const double away =
+                        std::fabs(static_cast<double>(middle) / rate - (from + to) / 2.0);
                     request.reach += request.slopeReach * away;
                     if (turned) request.offset = -request.offset;
                     glance(finding, request, std::fabs(candidate.height), Method::correlation,

@@ -41,14 +41,14 @@ void VXClusterInternal::merge(std::int64_t firstFile, std::int64_t secondFile, f
     if (firstFile == secondFile) return;
     const SubCluster first = subClusterOf(clusters, firstFile);
     const SubCluster second = subClusterOf(clusters, secondFile);
-    clusters.erase(first.number);
-    clusters.erase(second.number);
 
     Offsets merged = first.offsets;
     // Replaces what stands there: two files of one sub-cluster move it as a whole.
     for (const auto& entry : second.offsets)
         merged[entry.first] = entry.second + offset;
-    clusters[first.number] = merged;
+    clusters[first.number].swap(merged);
+    // Last, so that no file is lost for want of memory.
+    if (second.number != first.number) clusters.erase(second.number);
 }
 
 void VXClusterInternal::normalizeOffsets()

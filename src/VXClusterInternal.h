@@ -21,7 +21,7 @@ public:
     // Joins the sub-clusters that hold the two files: the first stays, the second moves as a whole
     // by `offset`, the distance between the zeros of the two. The offsets that the two files have
     // inside their sub-clusters do not enter, so name files that stand at 0. A file that no
-    // sub-cluster holds counts as an empty one.
+    // sub-cluster holds counts as an empty one. Changes nothing if it runs out of memory.
     void merge(std::int64_t firstFile, std::int64_t secondFile, float offset);
 
     // Moves the least offset of each sub-cluster to 0.

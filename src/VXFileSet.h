@@ -26,7 +26,8 @@ public:
 
     // Takes ownership of `file` under its own id and returns it. If the id is taken, the earlier
     // file stays, the new one remains the caller's, and it is returned all the same: compare with
-    // getFiles() to tell. Null changes nothing and is returned.
+    // getFiles() to tell. It remains the caller's as well if this throws std::bad_alloc. Null
+    // changes nothing and is returned.
     VXS_API VXFile* addFile(VXFile* file);
 
     // The recordings by id, for direct use. Owned by the set.

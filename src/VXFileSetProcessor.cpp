@@ -565,9 +565,9 @@ VXHistogramSet* VXFileSetProcessor::run(VXFileSet* fileSet, VXProgress* progress
 {
     clear();
     addLandmarks(fileSet, progress);
-    VXHistogramSet* histograms = convert2Histograms(progress);
+    VXHistogramSetHolder histograms(convert2Histograms(progress));
     clear();
-    return histograms;
+    return histograms.release();
 }
 
 void VXFileSetProcessor::clear()

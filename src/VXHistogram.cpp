@@ -13,13 +13,16 @@ constexpr std::uint8_t spelledOut = 0;
 constexpr std::uint64_t lowBits = 0x7Fu;
 constexpr std::uint8_t moreFollows = 0x80u;
 
-void packNumber(std::vector<std::uint8_t>& packed, std::uint64_t number)
+// The mark and two numbers of ten groups.
+constexpr std::size_t longestBin = 21;
+
+// Answers where the next number goes.
+std::uint8_t* packNumber(std::uint8_t* position, std::uint64_t number)
 {
-    while (number > lowBits) {
-        packed.push_back(static_cast<std::uint8_t>((number & lowBits) | moreFollows));
-        number >>= 7u;
-    }
-    packed.push_back(static_cast<std::uint8_t>(number));
+    for (; number > lowBits; number >>= 7u, ++position)
+        *position = static_cast<std::uint8_t>((number & lowBits) | moreFollows);
+    *position = static_cast<std::uint8_t>(number);
+    return position + 1;
 }
 
 std::uint64_t unpackNumber(const std::uint8_t*& position)
@@ -109,9 +112,10 @@ void VXHistogram::append(std::int64_t offset, std::uint64_t votes)
     if (step == 1 && votes > 0 && votes <= lowBits) {
         packed.push_back(static_cast<std::uint8_t>(votes));
     } else {
-        packed.push_back(spelledOut);
-        packNumber(packed, step);
-        packNumber(packed, votes);
+        // All at once: what is left of a bin where memory runs out would read as another.
+        std::uint8_t bin[longestBin] = {spelledOut};
+        std::uint8_t* const end = packNumber(packNumber(bin + 1, step), votes);
+        packed.insert(packed.end(), &bin[0], end);
     }
     lastOffset = offset;
     ++binCount;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstring>
 #include <exception>
+#include <functional>
 #include <iostream>
 #include <memory>
 
@@ -189,6 +190,13 @@ VXS_MULTIVERSION bool areZero(const float* __restrict samples, std::size_t count
     return anyBit << 1u == 0;
 }
 
+bool areEqual(const array<float>& levels)
+{
+    const float* begin = levels.data;
+    const float* end = begin + levels.count();
+    return std::adjacent_find(begin, end, std::not_equal_to<float>()) == end;
+}
+
 std::string extensionOf(const std::string& path)
 {
     const std::size_t dot = path.rfind('.');
@@ -278,6 +286,8 @@ struct VXLandmarkExtract::Spectrum {
         }
         markMaxima(lower.data(), upper.data(), marks.data(), bins);
     }
+
+    void clearMarks() { std::fill(marks.begin(), marks.end(), std::uint8_t{0}); }
 
     float magnitudeAt(std::size_t bin) const { return std::sqrt(powers[bin]); }
     float levelAt(std::size_t bin) const { return levelOf(magnitudeAt(bin)); }
@@ -614,12 +624,19 @@ void VXLandmarkExtract::findFreqPeaks(VXInput* input)
     const Mask mask(maskShape);
     Spectrum spectrum(static_cast<std::size_t>(bins));
     frames->reserve(frameCount);
+    bool isFlat = areEqual(threshold);
     for (std::uint32_t f = 0; f < frameCount; ++f) {
         // The last frame reads nothing: it is the frame before it with silence behind.
         slide(sliding, input, f < frameCount - 1);
         analyse(sliding, spectrum);
-        spectrum.markPeaks(threshold);
+        if (spectrum.isSilent && isFlat) {
+            // Silence is as far above a flat threshold at one bin as at the next.
+            spectrum.clearMarks();
+        } else {
+            spectrum.markPeaks(threshold);
+        }
         addPeaks(spectrum, mask, threshold, static_cast<std::int32_t>(f));
+        isFlat = isFlat && frames->back()->empty();
         lowerBy(threshold.data, params.thresholdDecay, bins);
     }
     if (frameCount > 0) {

@@ -67,20 +67,26 @@ void VXMerger::mergeClusters(std::int64_t firstID, std::int64_t secondID)
 {
     if (firstID == secondID) return;
     // The first group is taken out before the second is looked for, so that two ids of one group
-    // put it back as it was.
-    std::set<std::int64_t> merged = takeGroupOf(firstID);
-    std::set<std::int64_t> smaller = takeGroupOf(secondID);
-    if (merged.size() < smaller.size()) merged.swap(smaller);
-    merged.merge(smaller);
+    // put it back as it was. Groups move as they are, so that none is lost for want of memory.
+    Group merged = takeGroupOf(firstID);
+    Group smaller = takeGroupOf(secondID);
+    if (merged.empty()) merged.swap(smaller);
+    if (merged.empty()) {
+        fileClusters.emplace();
+        return;
+    }
+    if (!smaller.empty()) {
+        if (merged.value().size() < smaller.value().size()) merged.swap(smaller);
+        merged.value().merge(smaller.value());
+    }
     fileClusters.insert(std::move(merged));
 }
 
-std::set<std::int64_t> VXMerger::takeGroupOf(std::int64_t fileID)
+VXMerger::Group VXMerger::takeGroupOf(std::int64_t fileID)
 {
     const auto group = std::find_if(fileClusters.begin(), fileClusters.end(),
                                     [fileID](const auto& ids) { return ids.count(fileID) != 0; });
-    if (group == fileClusters.end()) return {};
-    return std::move(fileClusters.extract(group).value());
+    return group == fileClusters.end() ? Group() : fileClusters.extract(group);
 }
 
 void deleteVXClusterResult(VXClusterResult*& result)

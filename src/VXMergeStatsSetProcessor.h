@@ -27,14 +27,17 @@ public:
     void init(VXFileSet* fileSet);
 
     // Unites the groups of the two ids. An id that no group holds counts as an empty group, and two
-    // such ids enter an empty group.
+    // such ids enter an empty group. Changes nothing if it runs out of memory.
     void mergeClusters(std::int64_t firstID, std::int64_t secondID);
 
     // Disjoint, so that they stand in order of their lowest id.
     std::set<std::set<std::int64_t>> fileClusters;
 
 private:
-    std::set<std::int64_t> takeGroupOf(std::int64_t fileID);
+    // One element out of its set; empty where there is none.
+    using Group = std::set<std::set<std::int64_t>>::node_type;
+
+    Group takeGroupOf(std::int64_t fileID);
 };
 
 // Frees a result with its clusters and members and nulls the caller's pointer. Null is nothing to

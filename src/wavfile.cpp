@@ -22,13 +22,13 @@ constexpr std::size_t idBytes = 4;
 constexpr std::size_t readBufferBytes = 16384;
 
 // Opening a directory, a pipe or a device could block or read without end.
-bool isRegularFile(const std::string& path)
+bool isRegularFile(const std::filesystem::path& path)
 {
     std::error_code error;
     return std::filesystem::is_regular_file(path, error);
 }
 
-bool canBeWritten(const std::string& path)
+bool canBeWritten(const std::filesystem::path& path)
 {
     std::error_code error;
     return std::filesystem::is_regular_file(path, error) || !std::filesystem::exists(path, error);
@@ -127,17 +127,19 @@ wavfile_t::wavfile_t(const std::string& path, unsigned int openMode, int newChan
                      unsigned int newSampleRate)
     : channels(newChannels), sampleRate(newSampleRate)
 {
+    // The bytes as they are, or UTF-8 where the system's paths are not made of bytes.
+    const std::filesystem::path place = std::filesystem::u8path(path);
     if (openMode == openForReading) {
-        if (isRegularFile(path)) {
-            stream.open(path, std::ios::in | std::ios::binary);
+        if (isRegularFile(place)) {
+            stream.open(place, std::ios::in | std::ios::binary);
         } else {
             stream.setstate(std::ios::failbit);
         }
         readHeader();
         mode = reading;
     } else if (openMode == openForWriting) {
-        if (canBeWritten(path)) {
-            stream.open(path, std::ios::out | std::ios::trunc | std::ios::binary);
+        if (canBeWritten(place)) {
+            stream.open(place, std::ios::out | std::ios::trunc | std::ios::binary);
         } else {
             stream.setstate(std::ios::failbit);
         }

@@ -22,7 +22,8 @@ public:
     // written. In reading, the header replaces `newChannels` and `newSampleRate`. Opening never
     // blocks: what is not a regular file counts as a file that cannot be opened. Throws
     // std::runtime_error with a fixed text when the header cannot be read. A file that cannot be
-    // opened for writing raises nothing.
+    // opened for writing raises nothing. On Windows a path is UTF-8, and one that is not throws
+    // std::system_error.
     wavfile_t(const std::string& path, unsigned int openMode, int newChannels,
               unsigned int newSampleRate);
     // Completes the sizes in the header of a written file.

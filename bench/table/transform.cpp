@@ -22,10 +22,10 @@
 
 #ifdef VXS_BENCH_REGISTERS
 #define VXS_BENCH_PROVIDER VXS_BENCH_REGISTERS
-constexpr bool isBaseline = false;
+constexpr bool isNarrow = true;
 #else
 #define VXS_BENCH_PROVIDER "default build"
-constexpr bool isBaseline = true;
+constexpr bool isNarrow = false;
 #endif
 
 namespace
@@ -104,7 +104,7 @@ int main()
     float* fftwInput = fftwf_alloc_real(frames * size);
     fftwf_complex* fftwOutput = fftwf_alloc_complex(size / 2 + 1);
     const fftwf_plan plan = fftwf_plan_dft_r2c_1d(size, fftwInput, fftwOutput, FFTW_MEASURE);
-    const fftwf_plan narrow = isBaseline ? narrowPlan(fftwInput, fftwOutput) : nullptr;
+    const fftwf_plan narrow = isNarrow ? narrowPlan(fftwInput, fftwOutput) : nullptr;
     std::copy(input.begin(), input.end(), fftwInput);
     const auto addPlan = [&](const char* name, fftwf_plan executed) {
         const auto work = [&, executed](std::size_t count) {
@@ -142,6 +142,10 @@ int main()
         if (contender.name == kissFft) {
             bench::printRow(who + ": at least 3 x speed of KissFFT",
                             bench::text("%.2f", 1.0 / ratio), times, ratio <= 1.0 / 3.0);
+        } else if (isNarrow && contender.name == measuredPlan) {
+            // FFTW chooses wider registers for it.
+            bench::printRow(who + ": time beside " + contender.name, bench::text("%.2f", ratio),
+                            times);
         } else {
             bench::printRow(who + ": at most 1.1 x time of " + contender.name,
                             bench::text("%.2f", ratio), times, ratio <= 1.1);

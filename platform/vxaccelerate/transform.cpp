@@ -8,6 +8,8 @@
 #include <new>
 #include <utility>
 
+#include "VXMultiversion.h"
+
 // The samples are taken in pairs as complex points, transformed by the complex transform of half
 // the length, and the bins of the real transform are untangled from the outcome.
 //
@@ -234,8 +236,9 @@ inline FourPoints butterfly(const FourPoints& in)
 }
 
 // From the samples to split real and imaginary parts. Groups of one point.
-void firstStage(const float* __restrict in, float* __restrict outRe, float* __restrict outIm,
-                const float* __restrict factors, ptrdiff_t quarter)
+VXS_MULTIVERSION void firstStage(const float* __restrict in, float* __restrict outRe,
+                                 float* __restrict outIm, const float* __restrict factors,
+                                 ptrdiff_t quarter)
 {
     for (ptrdiff_t block = 0; block < quarter; block += lanes) {
         const float* const in0 = in + 2 * block;
@@ -274,8 +277,9 @@ inline void moveFours(const float* __restrict values, float* __restrict blocks)
 // From split parts to blocks of `lanes` real and as many imaginary parts, which keep the number of
 // pointers in the middle stages within that of registers. Groups of four points. The outcome is
 // halved on the way, at the one place where it costs nothing, since untangling takes half of sums.
-void secondStage(const float* __restrict inRe, const float* __restrict inIm, float* __restrict out,
-                 const float* __restrict factors, ptrdiff_t quarter)
+VXS_MULTIVERSION void secondStage(const float* __restrict inRe, const float* __restrict inIm,
+                                  float* __restrict out, const float* __restrict factors,
+                                  ptrdiff_t quarter)
 {
     for (ptrdiff_t block = 0; block < quarter; block += lanes) {
         const float* const re0 = inRe + block;
@@ -305,9 +309,10 @@ void secondStage(const float* __restrict inRe, const float* __restrict inIm, flo
 }
 
 // One group, from blocks to blocks.
-void middleGroup(const float* __restrict in, ptrdiff_t quarter, float* __restrict out0,
-                 float* __restrict out1, float* __restrict out2, float* __restrict out3,
-                 const float* __restrict factors, ptrdiff_t stride)
+VXS_MULTIVERSION void middleGroup(const float* __restrict in, ptrdiff_t quarter,
+                                  float* __restrict out0, float* __restrict out1,
+                                  float* __restrict out2, float* __restrict out3,
+                                  const float* __restrict factors, ptrdiff_t stride)
 {
     const float re1 = factors[0];
     const float im1 = factors[1];
@@ -344,10 +349,11 @@ void middleGroup(const float* __restrict in, ptrdiff_t quarter, float* __restric
 }
 
 // From blocks to split parts. A single group, whose factors are 1.
-void lastStageOfFour(const float* __restrict in, float* __restrict re0, float* __restrict im0,
-                     float* __restrict re1, float* __restrict im1, float* __restrict re2,
-                     float* __restrict im2, float* __restrict re3, float* __restrict im3,
-                     ptrdiff_t stride)
+VXS_MULTIVERSION void lastStageOfFour(const float* __restrict in, float* __restrict re0,
+                                      float* __restrict im0, float* __restrict re1,
+                                      float* __restrict im1, float* __restrict re2,
+                                      float* __restrict im2, float* __restrict re3,
+                                      float* __restrict im3, ptrdiff_t stride)
 {
     for (ptrdiff_t block = 0; block < stride; block += lanes) {
         const float* const in0 = in + 2 * block;
@@ -369,8 +375,9 @@ void lastStageOfFour(const float* __restrict in, float* __restrict re0, float* _
     }
 }
 
-void lastStageOfTwo(const float* __restrict in, float* __restrict re0, float* __restrict im0,
-                    float* __restrict re1, float* __restrict im1, ptrdiff_t stride)
+VXS_MULTIVERSION void lastStageOfTwo(const float* __restrict in, float* __restrict re0,
+                                     float* __restrict im0, float* __restrict re1,
+                                     float* __restrict im1, ptrdiff_t stride)
 {
     for (ptrdiff_t block = 0; block < stride; block += lanes) {
         const float* const in0 = in + 2 * block;
@@ -387,9 +394,10 @@ void lastStageOfTwo(const float* __restrict in, float* __restrict re0, float* __
 // From the bins of the half-length transform, halved, to those of the real one. Bin k comes of bins
 // k and `points` - k, and so does bin `points` - k. These wait in two scratch arrays of half the
 // points each, since GCC does not vectorise a loop that stores pairs backward.
-void untangle(const float* __restrict re, const float* __restrict im, float* __restrict out,
-              const float* __restrict cosines, const float* __restrict sines,
-              float* __restrict mirrorRe, float* __restrict mirrorIm, ptrdiff_t points)
+VXS_MULTIVERSION void untangle(const float* __restrict re, const float* __restrict im,
+                               float* __restrict out, const float* __restrict cosines,
+                               const float* __restrict sines, float* __restrict mirrorRe,
+                               float* __restrict mirrorIm, ptrdiff_t points)
 {
     // Changes nothing, but shows a compiler that the length of its vectors divides the count.
     const ptrdiff_t half = points / 2 / lanes * lanes;

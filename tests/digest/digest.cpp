@@ -1,6 +1,7 @@
-// Prints digests of what the library makes of a signal worked out here and of the example
-// recordings: the landmarks, the statistics of every pair, and the result. The output is the same
-// for every compiler, build type and processor, or something rounds differently.
+// Prints digests of what the library makes of a signal worked out here, of the example recordings
+// and of random signals under random parameters: the landmarks, the statistics of every pair, and
+// the result. The output is the same for every compiler, build type and processor, or something
+// rounds differently.
 //
 //   vxs_digest [EXPECTED]   with a file: compares the output with it and ends with status 1 if it
 //                           differs
@@ -9,7 +10,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -17,8 +17,10 @@
 #include <iterator>
 #include <map>
 #include <memory>
+#include <random>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "VXClusterSync.h"
@@ -32,6 +34,7 @@
 #include "VXLandmarkExtract.h"
 #include "VXMergeStats.h"
 #include "VXMergeStatsSetProcessor.h"
+#include "property/Random.h"
 
 namespace
 {
@@ -75,83 +78,109 @@ private:
     std::uint64_t state = 0xcbf29ce484222325u;
 };
 
-void printLine(std::ostream& out, const std::string& signal, const std::string& what,
-               std::size_t count, const Digest& digest)
+// Something extracted, lined up and told in three lines. A group may take several jobs.
+class Group
 {
-    char line[128];
-    std::snprintf(line, sizeof line, "%-8s %-10s %7zu %016" PRIx64 "\n", signal.c_str(),
-                  what.c_str(), count, digest.value());
-    out << line;
-}
+public:
+    explicit Group(const std::string& newName) : name(newName) {}
 
-void printLandmarks(std::ostream& out, const std::string& signal, VXS::VXFileSet& fileSet)
-{
-    Digest digest;
-    std::size_t count = 0;
-    for (const auto& file : fileSet.getFiles()) {
-        digest.add(file.first);
-        for (const auto& frame : file.second->getLandmarkMap()) {
-            for (const VXS::VXLandmark* landmark : frame.second) {
-                digest.add(landmark->getOffset());
-                digest.add(std::uint64_t{landmark->key});
-                ++count;
+    // The recordings that `fileSet` holds, which `params` made.
+    void add(VXS::VXFileSet& fileSet, const VXS::VXExtractParams& params)
+    {
+        const VXS::VXClusterSyncParams syncParams(params);
+        addLandmarks(fileSet);
+        addStatistics(fileSet, syncParams);
+        addResult(fileSet, syncParams);
+    }
+
+    void print(std::ostream& out) const
+    {
+        printLine(out, "landmarks", landmarkCount, landmarks);
+        printLine(out, "statistics", recordCount, statistics);
+        printLine(out, "result", clusterCount, result);
+    }
+
+private:
+    void addLandmarks(VXS::VXFileSet& fileSet)
+    {
+        for (const auto& file : fileSet.getFiles()) {
+            landmarks.add(file.first);
+            for (const auto& frame : file.second->getLandmarkMap()) {
+                for (const VXS::VXLandmark* landmark : frame.second) {
+                    landmarks.add(landmark->getOffset());
+                    landmarks.add(std::uint64_t{landmark->key});
+                    ++landmarkCount;
+                }
             }
         }
     }
-    printLine(out, signal, "landmarks", count, digest);
-}
 
-void printStatistics(std::ostream& out, const std::string& signal, VXS::VXFileSet& fileSet,
-                     const VXS::VXClusterSyncParams& params)
-{
-    fileSet.computeAllCLFs();
-    VXS::VXFileSetProcessor indexer(params.getMaxLandmarkCount());
-    const VXS::VXHistogramSetHolder histograms(indexer.run(&fileSet, nullptr));
-    VXS::VXHistogramSetProcessor evaluation;
-    const VXS::VXMergeStatsSetHolder stats(evaluation.run(&fileSet, histograms.get()));
-    const std::size_t count = stats->size();
-    VXS::VXMergeStatsSetProcessor decision(params);
-    const VXS::VXClusterResultHolder result(decision.run(&fileSet, stats.get()));
+    void addStatistics(VXS::VXFileSet& fileSet, const VXS::VXClusterSyncParams& params)
+    {
+        fileSet.computeAllCLFs();
+        VXS::VXFileSetProcessor indexer(params.getMaxLandmarkCount());
+        const VXS::VXHistogramSetHolder histograms(indexer.run(&fileSet, nullptr));
+        VXS::VXHistogramSetProcessor evaluation;
+        const VXS::VXMergeStatsSetHolder stats(evaluation.run(&fileSet, histograms.get()));
+        VXS::VXMergeStatsSetProcessor decision(params);
+        // Tells in each record whether its pair was merged.
+        const VXS::VXClusterResultHolder clusters(decision.run(&fileSet, stats.get()));
 
-    Digest digest;
-    for (const auto& entry : *stats) {
-        const VXS::VXMergeStats* record = entry.second;
-        if (record == nullptr) continue;
-        digest.add(record->fileA);
-        digest.add(record->fileB);
-        for (const float value : {record->peakCount, record->overlapLength, record->percentMatchA,
-                                  record->percentMatchB, record->landmarksInOverlapA,
-                                  record->landmarksInOverlapB, record->templateMatchLength,
-                                  record->meanCount, record->stdDevCount, record->bestOffset})
-            digest.add(value);
-        digest.add(std::uint64_t{record->merged});
-    }
-    printLine(out, signal, "statistics", count, digest);
-}
-
-// The clusters stand in no order of their own, so they are taken by their lowest id.
-void printResult(std::ostream& out, const std::string& signal, VXS::VXFileSet& fileSet,
-                 const VXS::VXClusterSyncParams& params)
-{
-    VXS::VXClusterSync sync(params);
-    const VXS::VXClusterResultHolder result(sync.run(&fileSet, nullptr));
-    std::map<std::int64_t, const VXS::VXClusterMembers*> byLowestID;
-    for (const VXS::VXClusterMembers* members : *result)
-        byLowestID[(*members->begin())->fileID] = members;
-
-    Digest digest;
-    for (const auto& entry : byLowestID) {
-        digest.add(std::uint64_t{entry.second->size()});
-        for (const VXS::VXClusterMember* member : *entry.second) {
-            digest.add(member->fileID);
-            digest.add(member->name);
-            digest.add(member->offsetSeconds);
+        recordCount += stats->size();
+        for (const auto& entry : *stats) {
+            const VXS::VXMergeStats* record = entry.second;
+            if (record == nullptr) continue;
+            statistics.add(record->fileA);
+            statistics.add(record->fileB);
+            for (const float value :
+                 {record->peakCount, record->overlapLength, record->percentMatchA,
+                  record->percentMatchB, record->landmarksInOverlapA, record->landmarksInOverlapB,
+                  record->templateMatchLength, record->meanCount, record->stdDevCount,
+                  record->bestOffset})
+                statistics.add(value);
+            statistics.add(std::uint64_t{record->merged});
         }
     }
-    printLine(out, signal, "result", result->size(), digest);
-}
 
-void printDigests(std::ostream& out, const std::string& signal,
+    // The clusters stand in no order of their own, so they are taken by their lowest id.
+    void addResult(VXS::VXFileSet& fileSet, const VXS::VXClusterSyncParams& params)
+    {
+        VXS::VXClusterSync sync(params);
+        const VXS::VXClusterResultHolder clusters(sync.run(&fileSet, nullptr));
+        std::map<std::int64_t, const VXS::VXClusterMembers*> byLowestID;
+        for (const VXS::VXClusterMembers* members : *clusters)
+            byLowestID[(*members->begin())->fileID] = members;
+
+        clusterCount += clusters->size();
+        for (const auto& entry : byLowestID) {
+            result.add(std::uint64_t{entry.second->size()});
+            for (const VXS::VXClusterMember* member : *entry.second) {
+                result.add(member->fileID);
+                result.add(member->name);
+                result.add(member->offsetSeconds);
+            }
+        }
+    }
+
+    void printLine(std::ostream& out, const char* what, std::size_t count,
+                   const Digest& digest) const
+    {
+        char line[128];
+        std::snprintf(line, sizeof line, "%-8s %-10s %7zu %016" PRIx64 "\n", name.c_str(), what,
+                      count, digest.value());
+        out << line;
+    }
+
+    std::string name;
+    std::size_t landmarkCount = 0;
+    std::size_t recordCount = 0;
+    std::size_t clusterCount = 0;
+    Digest landmarks;
+    Digest statistics;
+    Digest result;
+};
+
+void printDigests(std::ostream& out, const std::string& name,
                   const std::vector<std::filesystem::path>& paths)
 {
     const VXS::VXExtractParams params;
@@ -160,16 +189,15 @@ void printDigests(std::ostream& out, const std::string& signal,
     std::int64_t id = 0;
     for (const std::filesystem::path& path : paths) {
         ++id;
-        std::unique_ptr<VXS::VXFile> file(extractor.run(path.string(), id));
+        std::unique_ptr<VXS::VXFile> file(extractor.run(path.generic_string(), id));
         if (file == nullptr) continue;
         fileSet.idToName[id] = path.stem().string();
         fileSet.addFile(file.release());
     }
 
-    const VXS::VXClusterSyncParams syncParams(params);
-    printLandmarks(out, signal, fileSet);
-    printStatistics(out, signal, fileSet, syncParams);
-    printResult(out, signal, fileSet, syncParams);
+    Group group(name);
+    group.add(fileSet, params);
+    group.print(out);
 }
 
 void writeWave(const std::filesystem::path& path, const std::vector<std::int16_t>& samples,
@@ -221,16 +249,27 @@ std::vector<std::int16_t> makeNoise()
     return samples;
 }
 
+// A folder that nothing else has, under the one for temporary files; empty if none can be made.
+std::filesystem::path makeFolder()
+{
+    std::random_device random;
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        const std::filesystem::path path =
+            std::filesystem::temp_directory_path() / ("vxs-digest-" + std::to_string(random()));
+        std::error_code error;
+        if (std::filesystem::create_directory(path, error)) return path;
+    }
+    return {};
+}
+
 // Two recordings of that noise, the second 160100 samples later.
 void printNoiseDigests(std::ostream& out)
 {
-    std::string folderName =
-        (std::filesystem::temp_directory_path() / "vxs-digest-XXXXXX").string();
-    if (mkdtemp(folderName.data()) == nullptr) {
-        std::cerr << folderName << ": cannot be made\n";
+    const std::filesystem::path folder = makeFolder();
+    if (folder.empty()) {
+        std::cerr << std::filesystem::temp_directory_path() << ": no folder can be made in it\n";
         return;
     }
-    const std::filesystem::path folder(folderName);
     const std::vector<std::int16_t> noise = makeNoise();
     writeWave(folder / "a.wav", noise, 0, 480000);
     writeWave(folder / "b.wav", noise, 160100, 480000);
@@ -248,6 +287,108 @@ void printExampleDigests(std::ostream& out)
     printDigests(out, "examples", paths);
 }
 
+class Samples : public VXS::VXInput
+{
+public:
+    explicit Samples(const std::vector<float>& newSamples) : samples(newSamples) {}
+
+    unsigned int getFrames() override { return static_cast<unsigned int>(samples.size()); }
+    bool read_mono(VXS::array<float>& block) override
+    {
+        for (std::int32_t i = 0; i < block.dim0 && position < samples.size(); ++i)
+            block.data[i] = samples[position++];
+        return true;
+    }
+    bool rewind() override
+    {
+        position = 0;
+        return true;
+    }
+
+private:
+    const std::vector<float>& samples;
+    std::size_t position = 0;
+};
+
+// Any parameters, those that no setter reaches among them, as long as the job stays small.
+VXS::VXExtractParams anyParameters(property::Random& random)
+{
+    VXS::VXExtractParams params;
+    const std::uint32_t size = 64u << random.below(6);
+    params.fftSize = size;
+    params.hopSize = random.pick<std::uint32_t>(
+        {size / 4u, size / 2u, size / 2u, size / 2u + 3u, size - 1u, size, 3u * size + 1u});
+    params.sampleRate = random.pick<std::uint32_t>({4000, 8000, 8000, 11025, 48000});
+    params.frequencyRange = random.pick<std::uint32_t>({62, 62, 0, 1, 500});
+    params.timeRange = random.pick<std::uint32_t>({126, 126, 1, 7, 2000});
+    params.initialFrames = random.pick<std::uint32_t>({10, 10, 0, 1, 5});
+    params.maxPeaksPerFrame = random.pick<std::uint32_t>({5, 5, 1, 2, 20});
+    params.maskHeight = random.pick({40.0f, 40.0f, 40.0f, 0.1f, -10.0f, 200.0f});
+    params.peakFloor = random.pick({-60.0f, -60.0f, -3.0f, -400.0f});
+    params.thresholdDecay = random.pick({0.2f, 0.2f, 0.0f, -0.3f, 1e-3f, 3.0f});
+    params.maskWidth = random.pick({25.0f, 25.0f, 1.0f, 0.5f, 300.0f, 1e-30f});
+    params.maxPairsPerPeak = random.pick<std::uint32_t>({10, 10, 1, 3, 40});
+    return params;
+}
+
+// Sawtooth tones that come and go under noise whose level changes. Made without the mathematics
+// library, which differs between platforms.
+std::vector<float> anyEvent(property::Random& random, std::size_t count)
+{
+    std::vector<float> event(count);
+    std::uint32_t phase = 0;
+    std::uint32_t step = 0;
+    float toneLevel = 0.0f;
+    float noiseLevel = 0.1f;
+    for (float& sample : event) {
+        if (random.oneIn(700)) noiseLevel = 0.3f * random.sample();
+        if (random.oneIn(900)) {
+            toneLevel = 0.5f * random.sample();
+            step = static_cast<std::uint32_t>(random.below(std::uint64_t{1} << 31u));
+        }
+        phase += step;
+        const float saw = static_cast<float>(phase >> 8u) / 8388608.0f - 1.0f;
+        const float tone = toneLevel * saw;
+        sample = tone + noiseLevel * random.sample();
+    }
+    return event;
+}
+
+// What damaged or badly scaled sources deliver.
+void spoil(property::Random& random, std::vector<float>& samples)
+{
+    const float scale = random.pick({1.0f, 1.0f, 1.0f, 1e-30f, 1e-42f, 1e19f, 0.0f});
+    for (float& sample : samples)
+        sample *= scale;
+    if (random.oneIn(4)) samples[random.below(samples.size())] = random.anyFloat();
+}
+
+// Three overlapping recordings of an event for each set of parameters.
+void printRandomDigests(std::ostream& out)
+{
+    constexpr int jobs = 60;
+    constexpr std::size_t eventLength = 120000;
+    constexpr std::size_t recordingLength = 80000;
+    property::Random random(20);
+    Group group("random");
+    for (int job = 0; job < jobs; ++job) {
+        const VXS::VXExtractParams params = anyParameters(random);
+        const std::vector<float> event = anyEvent(random, eventLength);
+        VXS::VXLandmarkExtract extractor(params);
+        VXS::VXFileSet fileSet;
+        for (std::int64_t id = 1; id <= 3; ++id) {
+            const std::size_t first = random.below(eventLength - recordingLength);
+            const auto begin = event.begin() + static_cast<std::ptrdiff_t>(first);
+            std::vector<float> recording(begin, begin + recordingLength);
+            if (random.oneIn(3)) spoil(random, recording);
+            Samples input(recording);
+            fileSet.addFile(extractor.run(&input, id));
+        }
+        group.add(fileSet, params);
+    }
+    group.print(out);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -255,6 +396,7 @@ int main(int argc, char** argv)
     std::ostringstream out;
     printNoiseDigests(out);
     printExampleDigests(out);
+    printRandomDigests(out);
     std::cout << out.str();
     if (argc < 2) return 0;
 

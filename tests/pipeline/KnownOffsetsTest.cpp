@@ -58,7 +58,7 @@ std::vector<std::string> pathsIn(const std::string& folder)
 {
     std::vector<std::string> paths;
     for (const auto& entry : std::filesystem::directory_iterator(folder))
-        paths.push_back(entry.path().string());
+        paths.push_back(entry.path().generic_string());
     std::sort(paths.begin(), paths.end());
     return paths;
 }

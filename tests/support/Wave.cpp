@@ -1,10 +1,10 @@
 #include "Wave.h"
 
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <system_error>
 
 #include <gtest/gtest.h>
@@ -16,14 +16,19 @@ namespace
 {
 
 // A new folder under a name that nothing else has: test programs run side by side, and one that was
-// killed leaves its folders behind.
+// killed leaves its folders behind. Answers false where the name is taken, so that no two programs
+// get the same folder.
 std::string makeFolder()
 {
-    std::string path = testing::TempDir();
-    if (!path.empty() && path.back() != '/') path += '/';
-    path += "vxl_audio_test_XXXXXX";
-    EXPECT_NE(nullptr, mkdtemp(path.data())) << path << ": could not be made";
-    return path;
+    std::random_device random;
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        const std::filesystem::path path = std::filesystem::path(testing::TempDir()) /
+                                           ("vxl_audio_test_" + std::to_string(random()));
+        std::error_code error;
+        if (std::filesystem::create_directory(path, error)) return path.generic_string();
+    }
+    ADD_FAILURE() << testing::TempDir() << ": no folder could be made in it";
+    return "";
 }
 
 } // namespace
@@ -140,7 +145,7 @@ Bytes file16(const std::vector<int>& samples, std::uint32_t sampleRate)
 
 void writeFile(const std::string& path, const Bytes& bytes)
 {
-    std::ofstream stream(path, std::ios::binary);
+    std::ofstream stream(std::filesystem::u8path(path), std::ios::binary);
     stream.write(reinterpret_cast<const char*>(bytes.data()),
                  static_cast<std::streamsize>(bytes.size()));
     stream.close();
@@ -149,7 +154,7 @@ void writeFile(const std::string& path, const Bytes& bytes)
 
 Bytes readFile(const std::string& path)
 {
-    std::ifstream stream(path, std::ios::binary);
+    std::ifstream stream(std::filesystem::u8path(path), std::ios::binary);
     EXPECT_TRUE(stream.good()) << path << ": could not be opened";
     const std::string text{std::istreambuf_iterator<char>(stream),
                            std::istreambuf_iterator<char>()};

@@ -173,13 +173,6 @@ TEST_F(BatchExtraction, ShortNameEndsBeforeTheLastDot)
     EXPECT_EQ((Names{{1, "b.c"}}), runAll({path})->idToName);
 }
 
-TEST_F(BatchExtraction, OnlyASlashSeparatesFolders)
-{
-    const std::string path = folder.write("one\\two.wav", recording(1));
-
-    EXPECT_EQ((Names{{1, "one\\two"}}), runAll({path})->idToName);
-}
-
 TEST_F(BatchExtraction, NameThatIsNothingButTheExtensionIsEmpty)
 {
     const std::string path = folder.write(".wav", recording(1));

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <initializer_list>
 #include <limits>
 #include <vector>
@@ -17,22 +16,6 @@ namespace
 
 using VXS::VXExtractParams;
 using VXS::VXLandmarkExtract;
-
-float fromBits(std::uint32_t bits)
-{
-    float value = 0.0f;
-    std::memcpy(&value, &bits, sizeof(value));
-    return value;
-}
-
-// The level by its constants' bits, one rounding a step.
-float levelByBits(float magnitude)
-{
-    const float shifted = magnitude + fromBits(0x257FFEA4u);
-    const float natural = std::log(shifted);
-    const float decades = natural / fromBits(0x40135D8Eu);
-    return decades * fromBits(0x41A00000u);
-}
 
 class Smooth : public testing::Test
 {
@@ -74,18 +57,6 @@ TEST(Decibel, OfTenIsExactlyTwenty)
     VXLandmarkExtract extractor{VXExtractParams()};
 
     EXPECT_EQ(20.0f, extractor.dB(10.0f));
-}
-
-TEST(Decibel, IsWorkedOutInItsOrderAndWithItsConstantsToTheBit)
-{
-    VXLandmarkExtract extractor{VXExtractParams()};
-
-    float magnitude = 1.0e-20f;
-    for (int i = 0; i < 20000; ++i) {
-        ASSERT_EQ(levelByBits(magnitude), extractor.dB(magnitude)) << magnitude;
-        magnitude *= 1.005f;
-    }
-    EXPECT_EQ(levelByBits(0.0f), extractor.dB(0.0f));
 }
 
 TEST(Decibel, OfInfinityIsInfinite)

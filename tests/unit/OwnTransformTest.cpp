@@ -1,0 +1,136 @@
+#include <cstddef>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "vxaccelerate/transform.h"
+
+// What the provider beside the interface answers to calls without their arguments.
+
+namespace
+{
+
+using namespace vxaccelerate;
+
+constexpr unsigned int shortOrder = 4;
+constexpr unsigned int longOrder = 9;
+
+// A state with room for its work and for what it transforms.
+class OwnTransform : public testing::Test
+{
+protected:
+    void init(unsigned int order)
+    {
+        ASSERT_EQ(0, transform::FFTInit(&state, order));
+        unsigned int bytes = 0;
+        ASSERT_EQ(0, transform::FFTGetBufSize(state, &bytes));
+        buffer.resize(bytes);
+        samples.assign(std::size_t{1} << order, 1.0f);
+        output.assign(samples.size(), untouched);
+    }
+
+    ~OwnTransform() override { transform::FFTFree(state); }
+
+    bool isUntouched() const { return output == std::vector<float>(output.size(), untouched); }
+
+    static constexpr float untouched = -77.0f;
+    FFTState_Float* state = nullptr;
+    std::vector<unsigned char> buffer;
+    std::vector<float> samples;
+    std::vector<float> output;
+};
+
+} // namespace
+
+TEST_F(OwnTransform, InitWithoutAPlaceForTheStateAnswersOne)
+{
+    EXPECT_EQ(1, transform::FFTInit(nullptr, longOrder));
+}
+
+TEST_F(OwnTransform, InitAnswersOneBelowItsLeastOrder)
+{
+    EXPECT_EQ(1, transform::FFTInit(&state, 2));
+    EXPECT_EQ(nullptr, state);
+}
+
+TEST_F(OwnTransform, InitAnswersOneAboveItsGreatestOrder)
+{
+    EXPECT_EQ(1, transform::FFTInit(&state, 32));
+    EXPECT_EQ(nullptr, state);
+}
+
+TEST_F(OwnTransform, InitServesItsLeastOrder)
+{
+    EXPECT_EQ(0, transform::FFTInit(&state, 3));
+    EXPECT_NE(nullptr, state);
+}
+
+TEST_F(OwnTransform, BufferSizeWithoutAPlaceForItAnswersOne)
+{
+    init(longOrder);
+
+    EXPECT_EQ(1, transform::FFTGetBufSize(state, nullptr));
+}
+
+TEST_F(OwnTransform, BufferSizeOfNoStateAnswersOne)
+{
+    unsigned int bytes = 5;
+
+    EXPECT_EQ(1, transform::FFTGetBufSize(nullptr, &bytes));
+}
+
+TEST_F(OwnTransform, TransformWithoutInputAnswersOneAndWritesNothing)
+{
+    init(longOrder);
+
+    EXPECT_EQ(1, transform::FFTFwd(nullptr, output.data(), state, buffer.data()));
+    EXPECT_TRUE(isUntouched());
+}
+
+TEST_F(OwnTransform, TransformWithoutOutputAnswersOne)
+{
+    init(longOrder);
+
+    EXPECT_EQ(1, transform::FFTFwd(samples.data(), nullptr, state, buffer.data()));
+}
+
+TEST_F(OwnTransform, TransformWithoutStateAnswersOne)
+{
+    init(longOrder);
+
+    EXPECT_EQ(1, transform::FFTFwd(samples.data(), output.data(), nullptr, buffer.data()));
+    EXPECT_TRUE(isUntouched());
+}
+
+TEST_F(OwnTransform, LongTransformWithoutBufferAnswersOneAndWritesNothing)
+{
+    init(longOrder);
+
+    EXPECT_EQ(1, transform::FFTFwd(samples.data(), output.data(), state, nullptr));
+    EXPECT_TRUE(isUntouched());
+}
+
+TEST_F(OwnTransform, LongTransformAnswersZero)
+{
+    init(longOrder);
+
+    EXPECT_EQ(0, transform::FFTFwd(samples.data(), output.data(), state, buffer.data()));
+    EXPECT_EQ(512.0f, output[0]);
+}
+
+TEST_F(OwnTransform, ShortTransformNeedsNoBuffer)
+{
+    init(shortOrder);
+
+    EXPECT_EQ(0, transform::FFTFwd(samples.data(), output.data(), state, nullptr));
+    EXPECT_EQ(16.0f, output[0]);
+}
+
+TEST_F(OwnTransform, FreeAnswersZero)
+{
+    init(longOrder);
+
+    EXPECT_EQ(0, transform::FFTFree(state));
+
+    state = nullptr;
+}
