@@ -1,6 +1,6 @@
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -20,23 +20,22 @@ using allocation::Refusal;
 using allocation::Refused;
 
 // Calls of the operators themselves, which no compiler may leave out.
-const std::vector<std::function<void*()>>& throwingForms()
+using Form = void* (*)();
+using Forms = std::array<Form, 4>;
+
+Forms throwingForms()
 {
-    static const std::vector<std::function<void*()>> forms = {
-        [] { return ::operator new(24); }, [] { return ::operator new[](24); },
-        [] { return ::operator new(24, std::align_val_t(64)); },
-        [] { return ::operator new[](24, std::align_val_t(64)); }};
-    return forms;
+    return {[] { return ::operator new(24); }, [] { return ::operator new[](24); },
+            [] { return ::operator new(24, std::align_val_t(64)); },
+            [] { return ::operator new[](24, std::align_val_t(64)); }};
 }
 
-const std::vector<std::function<void*()>>& nothrowForms()
+Forms nothrowForms()
 {
-    static const std::vector<std::function<void*()>> forms = {
-        [] { return ::operator new(24, std::nothrow); },
-        [] { return ::operator new[](24, std::nothrow); },
-        [] { return ::operator new(24, std::align_val_t(64), std::nothrow); },
-        [] { return ::operator new[](24, std::align_val_t(64), std::nothrow); }};
-    return forms;
+    return {[] { return ::operator new(24, std::nothrow); },
+            [] { return ::operator new[](24, std::nothrow); },
+            [] { return ::operator new(24, std::align_val_t(64), std::nothrow); },
+            [] { return ::operator new[](24, std::align_val_t(64), std::nothrow); }};
 }
 
 void freeBlock(void* block)
@@ -46,7 +45,7 @@ void freeBlock(void* block)
 
 using Block = std::unique_ptr<void, void (*)(void*)>;
 
-bool throwsBadAlloc(const std::function<void*()>& form)
+bool throwsBadAlloc(Form form)
 {
     try {
         freeBlock(form());
@@ -82,7 +81,7 @@ TEST(Allocations, EveryBlockIsCountedUntilItIsFreed)
 
     std::vector<void*> blocks;
     blocks.reserve(8);
-    for (const auto& form : throwingForms())
+    for (const Form form : throwingForms())
         blocks.push_back(form());
 
     // Four, and that of the vector.
@@ -103,7 +102,7 @@ TEST(Allocations, TheStandardLibrariesOwnAreCounted)
 
 TEST(Allocations, OneRefusalHitsTheNumberedOneOnly)
 {
-    const auto& form = throwingForms().front();
+    const Form form = throwingForms().front();
     const Refusal refusal(1, Refused::One);
 
     const bool first = throwsBadAlloc(form);
@@ -120,7 +119,7 @@ TEST(Allocations, OneRefusalHitsTheNumberedOneOnly)
 
 TEST(Allocations, ARefusalOfAllLastsUntilItEnds)
 {
-    const auto& form = throwingForms().front();
+    const Form form = throwingForms().front();
     Refusal refusal(1, Refused::AllFromThere);
 
     const bool first = throwsBadAlloc(form);
@@ -144,7 +143,7 @@ TEST(Allocations, ASweepRefusesEachAllocationInTurn)
         3, [] { return std::make_unique<int>(0); },
         [&calls](int&) {
             ++calls;
-            const auto& form = throwingForms().front();
+            const Form form = throwingForms().front();
             const Block one(form(), freeBlock);
             const Block two(form(), freeBlock);
             return 3;
