@@ -33,7 +33,7 @@ struct HostFailure {
 // What a source does wrong, and at which of its calls.
 struct Misdeed {
     explicit Misdeed(Bytes& bytes)
-        : kind(bytes.below(11)),
+        : kind(bytes.below(12)),
           callsBefore(bytes.below(32)),
           isRepeated(bytes.oneIn(2)),
           blockSize(bytes.raw<std::int16_t>())
@@ -90,6 +90,9 @@ public:
             return source.read_mono(block);
         case 8:
             return false;
+        case 11:
+            loseBlock(block, misdeed.blockSize);
+            return false;
         case 10:
             runTheSame();
             return source.read_mono(block);
@@ -113,6 +116,16 @@ private:
             block.resize(-1, 1, 1);
         } catch (const std::runtime_error&) {
         }
+    }
+
+    // As a resize leaves it that runs out of memory, which the host overlooks.
+    static void loseBlock(VXS::array<float>& block, std::int16_t size)
+    {
+        delete[] block.data;
+        block.data = nullptr;
+        block.dim0 = 1;
+        block.dim1 = size;
+        block.dim2 = 1;
     }
 
     // Extracts from inside of an extraction.

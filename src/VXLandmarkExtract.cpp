@@ -529,9 +529,11 @@ void VXLandmarkExtract::slide(SlidingFrame& sliding, VXInput* input, bool read) 
     array<float>& frame = sliding.frame;
     std::fill(block.data, block.data + hopSize, 0.0f);
     if (read) input->read_mono(block);
-    if (static_cast<std::int64_t>(block.count()) != static_cast<std::int64_t>(hopSize)) {
-        // The source has resized the block: what fits is taken and the rest is silence.
-        const array<float> given(block);
+    if (block.data == nullptr ||
+        static_cast<std::int64_t>(block.count()) != static_cast<std::int64_t>(hopSize)) {
+        // The source has resized the block: what fits is taken and the rest is silence. A resize
+        // that ran out of memory leaves dimensions without elements.
+        const array<float> given = block.data == nullptr ? array<float>() : block;
         block.resize(static_cast<std::int32_t>(hopSize), 1, 1);
         std::fill(block.data, block.data + hopSize, 0.0f);
         const auto filled = static_cast<std::size_t>(std::max(given.count(), 0));

@@ -187,18 +187,20 @@ public:
 
     // Extracts the WAV files among `paths`, those whose extension is exactly "wav", one after the
     // other, and returns them with their names in a set that the caller owns. Ids run from 1
-    // through the kept paths; a file that cannot be used leaves its id unused. Two lines a file go
-    // to standard output. Never null.
+    // through the kept paths; a file that cannot be used leaves its id unused. A name is what
+    // stands between the last '/' and the extension; on Windows too, so give paths with '/' there.
+    // Two lines a file go to standard output. Never null.
     VXS_API VXFileSet* runAll(const std::vector<std::string>& paths);
 
     // Extracts one WAV file. The caller owns the result. Null, after a line on standard output, if
     // the file cannot be read or has another sample rate than the parameters.
     VXS_API VXFile* run(std::string path, std::int64_t fileID);
 
-    // Extracts one recording from a source, which is borrowed and must stand at its first sample.
-    // The caller owns the result, which is never null: a recording too short to analyse gives a
-    // VXFile without landmarks, and so does a null source. Throws std::length_error for more than
-    // 2^32 - 1 frames, std::bad_alloc or std::runtime_error when memory runs out.
+    // Extracts one recording from a source, which is borrowed, must stand at its first sample and
+    // must not use this extractor meanwhile. The caller owns the result, which is never null: a
+    // recording too short to analyse gives a VXFile without landmarks, and so does a null source.
+    // Throws std::length_error for more than 2^32 - 1 frames, std::bad_alloc or std::runtime_error
+    // when memory runs out.
     VXS_API VXFile* run(VXInput* input, std::int64_t fileID);
 
     // Opens a WAV file, for a WavInput or for nothing but the check. The caller owns the result.

@@ -20,6 +20,7 @@ constexpr std::int32_t reading = 1;
 constexpr std::int32_t writing = 2;
 constexpr std::size_t idBytes = 4;
 constexpr std::size_t readBufferBytes = 16384;
+constexpr std::streamsize nearBytes = 4096;
 
 // Opening a directory, a pipe or a device could block or read without end.
 bool isRegularFile(const std::filesystem::path& path)
@@ -55,6 +56,14 @@ std::string readId(std::fstream& stream)
 
 void skip(std::fstream& stream, std::uint32_t bytes)
 {
+    // A seek drops the stream's buffer, so that a file of many small chunks, or of zeros, which are
+    // empty ones, would be read anew for each.
+    const std::streamsize inBuffer =
+        std::min<std::streamsize>(stream.rdbuf()->in_avail(), nearBytes);
+    if (static_cast<std::streamsize>(bytes) <= inBuffer) {
+        stream.ignore(static_cast<std::streamsize>(bytes));
+        return;
+    }
     stream.seekg(static_cast<std::fstream::off_type>(bytes), std::ios::cur);
 }
 

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -68,6 +70,23 @@ TEST(HandMadePeaks, ClearingPassesOverAFrameWithoutAList)
     extractor.clearFrames();
 
     EXPECT_TRUE(extractor.frames->empty());
+}
+
+TEST(HandMadePeaks, SettingUpAgainClearsWhatTheTransformReadsAndWrites)
+{
+    VXLandmarkExtract extractor(smallParams());
+    extractor.setupFFT();
+    const int count = extractor.fftOutput.count();
+    std::fill_n(extractor.fftInput.data, count, 1.0f);
+    std::fill_n(extractor.fftOutput.data, count, 1.0f);
+
+    extractor.setupFFT();
+
+    const std::vector<float> silence(static_cast<std::size_t>(count), 0.0f);
+    EXPECT_EQ(silence,
+              std::vector<float>(extractor.fftInput.data, extractor.fftInput.data + count));
+    EXPECT_EQ(silence,
+              std::vector<float>(extractor.fftOutput.data, extractor.fftOutput.data + count));
 }
 
 // At distance 0 the deviations are 0 / 0, further off they are infinite and the bell is 0.

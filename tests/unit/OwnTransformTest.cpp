@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <vector>
 
@@ -124,6 +126,32 @@ TEST_F(OwnTransform, ShortTransformNeedsNoBuffer)
 
     EXPECT_EQ(0, transform::FFTFwd(samples.data(), output.data(), state, nullptr));
     EXPECT_EQ(16.0f, output[0]);
+}
+
+// An impulse in the second sample gives the factors themselves: bin k is exp(-2 pi i k / n), to
+// which nothing but zeros is added. Each is the exact value rounded once.
+TEST_F(OwnTransform, FactorsAreTheExactOnesRoundedOnce)
+{
+    constexpr long double twoPi = 6.283185307179586476925286766559005768L;
+    for (const unsigned int order : {5u, 9u, 20u}) {
+        SCOPED_TRACE(order);
+        transform::FFTFree(state);
+        init(order);
+        std::fill(samples.begin(), samples.end(), 0.0f);
+        samples[1] = 1.0f;
+
+        transform::FFTFwd(samples.data(), output.data(), state, buffer.data());
+
+        const std::size_t size = samples.size();
+        for (std::size_t k = 1; k < size / 2; ++k) {
+            const long double angle =
+                twoPi * static_cast<long double>(k) / static_cast<long double>(size);
+            // No angle written in binary is exactly a quarter of the circle.
+            const long double cosine = 4 * k == size ? 0.0L : std::cos(angle);
+            ASSERT_EQ(static_cast<float>(cosine), output[2 * k]) << k;
+            ASSERT_EQ(static_cast<float>(-std::sin(angle)), output[2 * k + 1]) << k;
+        }
+    }
 }
 
 TEST_F(OwnTransform, FreeAnswersZero)

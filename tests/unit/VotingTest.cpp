@@ -119,6 +119,65 @@ TEST(Voting, QuarterOfAMillionLandmarksVote)
     EXPECT_EQ((PairVotes{{{1, 2}, {{0, count}}}}), voteCountsOf(*histograms));
 }
 
+TEST(Voting, SetsThatAreAddedOneAfterTheOtherVoteTogether)
+{
+    VXFileSet firstSet;
+    addFileWith(firstSet, 1, {{1, 10}});
+    VXFileSet secondSet;
+    addFileWith(secondSet, 2, {{1, 4}});
+    VXFileSetProcessor processor(cap);
+    processor.addLandmarks(&firstSet, nullptr);
+    processor.addLandmarks(&secondSet, nullptr);
+
+    const VXHistogramSetHolder histograms(processor.convert2Histograms(nullptr));
+
+    EXPECT_EQ((PairVotes{{{1, 2}, {{6, 1}}}}), voteCountsOf(*histograms));
+}
+
+TEST(Voting, FewLandmarksAreKeptInOneDealOfSingleBlocks)
+{
+    VXFileSet fileSet;
+    addFileWith(fileSet, 1, marksUpTo(600));
+    fileSet.computeAllCLFs();
+    VXFileSetProcessor processor(cap);
+
+    processor.addLandmarks(&fileSet, nullptr);
+
+    ASSERT_EQ(1u, processor.landmarkIndex.size());
+    EXPECT_EQ(1u, processor.blockStore.blocksAtATime);
+    EXPECT_EQ(2u, processor.landmarkIndex[0].blocks.size());
+}
+
+TEST(Voting, RunLeavesNothingDealt)
+{
+    VXFileSet fileSet;
+    const Marks marks = marksUpTo(9000);
+    addFileWith(fileSet, 1, marks);
+    addFileWith(fileSet, 2, marks);
+    fileSet.computeAllCLFs();
+    VXFileSetProcessor processor(cap);
+
+    const VXHistogramSetHolder histograms(processor.run(&fileSet, nullptr));
+
+    EXPECT_EQ(0u, processor.dealBits);
+    EXPECT_EQ(1u, processor.landmarkIndex.size());
+    EXPECT_TRUE(processor.places.empty());
+    EXPECT_TRUE(processor.owners.empty());
+}
+
+TEST(Voting, HistogramsKeepNoMoreMemoryThanTheyFill)
+{
+    VXFileSet fileSet;
+    const Marks marks = {{1, 0}, {1, 700}, {1, 5000}};
+    addFileWith(fileSet, 1, marks);
+    addFileWith(fileSet, 2, marks);
+
+    const auto histograms = histogramsOf(fileSet);
+
+    const VXHistogram& histogram = *histograms->at(Pair(1, 2));
+    EXPECT_EQ(histogram.packed.size(), histogram.packed.capacity());
+}
+
 // A vote that stands beyond all ends found so far is found however late its key comes.
 TEST(Voting, EndsAreThoseOfAllKeysHoweverMany)
 {
