@@ -114,7 +114,7 @@ void VXHistogram::append(std::int64_t offset, std::uint64_t votes)
     } else {
         // All at once: what is left of a bin where memory runs out would read as another.
         std::uint8_t bin[longestBin] = {spelledOut};
-        std::uint8_t* const end = packNumber(packNumber(bin + 1, step), votes);
+        std::uint8_t* const stop = packNumber(packNumber(bin + 1, step), votes);
         packed.insert(packed.end(), &bin[0], end);
     }
     lastOffset = offset;
