@@ -115,7 +115,7 @@ void VXHistogram::append(std::int64_t offset, std::uint64_t votes)
         // All at once: what is left of a bin where memory runs out would read as another.
         std::uint8_t bin[longestBin] = {spelledOut};
         std::uint8_t* const stop = packNumber(packNumber(bin + 1, step), votes);
-        packed.insert(packed.end(), &bin[0], end);
+        packed.insert(packed.end(), &bin[0], stop);
     }
     lastOffset = offset;
     ++binCount;
