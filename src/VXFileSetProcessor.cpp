@@ -393,7 +393,9 @@ private:
                 }
             });
             const auto voters = static_cast<std::size_t>(end - begin);
-            if (firstOfWindow == 0) progress.addVotes(std::uint64_t{voters} * partners);
+            if (!isWindowed || firstOfWindow == 0) {
+                progress.addVotes(std::uint64_t{voters} * partners);
+            }
         });
     }
 
@@ -590,9 +592,7 @@ void VXFileSetProcessor::addLandmarks(VXFileSet* fileSet, VXProgress* progress)
         for (const auto& entry : files) {
             if (entry.second != nullptr) expected += expectedLandmarks(*entry.second);
         }
-        dealBits = 0;
-        while (dealBits < mostDealBits && (entriesPerDeal << dealBits) < expected)
-            ++dealBits;
+        dealBits = std::min(mostDealBits, bitsToHold(expected / entriesPerDeal));
         landmarkIndex = std::vector<Deal>(std::size_t{1} << dealBits);
         blockStore.blocksAtATime = expected / Deal::blockSize < manyBlocks ? 1 : manyBlocks;
     }
@@ -844,7 +844,7 @@ void VXFileSetProcessor::vote(const VoterLayout& layout, VXHistogramSet& histogr
     const Ballot<Code> ballot = collectBallot<Code>(layout);
     KeyProgress keyProgress(progress, ballot.keys, ballot.votes);
     PairCounter<Code> counter(*this, ballot, histograms);
-    if (ballot.votes <= std::numeric_limits<std::uint32_t>::max()) {
+    if (ballot.votes <= mostNarrowVotes) {
         counter.template countAllPairs<std::uint32_t>(keyProgress);
     } else {
         counter.template countAllPairs<std::uint64_t>(keyProgress);

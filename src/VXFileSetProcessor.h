@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 #include "VXHistogram.h"
@@ -124,6 +125,8 @@ private:
     unsigned int dealBits = 0;
     BlockStore blockStore;
     std::uint32_t maxLandmarkCount;
+    // So many votes at most are counted in 32 bits: no bin can hold more.
+    std::uint64_t mostNarrowVotes = std::numeric_limits<std::uint32_t>::max();
     // By file and, within one, by frame once they are brought into order.
     std::vector<Place> places;
     std::vector<Owner> owners;

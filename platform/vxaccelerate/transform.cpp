@@ -1,5 +1,6 @@
 #include "vxaccelerate/transform.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -56,6 +57,8 @@ using std::ptrdiff_t;
 // A transform of up to so many points has fewer groups than lanes in its first stage; a plain form
 // does it.
 constexpr ptrdiff_t maxShortPoints = 32;
+// A transform of more points, one of more than 524,288 samples, takes no buffer.
+constexpr ptrdiff_t maxBufferPoints = ptrdiff_t{1} << 18;
 // How many values the inner loops treat at a time: a constant, so that a compiler sees that the
 // length of its vectors divides it.
 constexpr ptrdiff_t lanes = 16;
@@ -97,7 +100,7 @@ Root rootOfUnity(std::uint64_t exponent, std::uint64_t size)
                                      1.0};
 
     const std::uint64_t eighth = size / 8;
-    const std::uint64_t octant = exponent / eighth % 8;
+    const std::uint64_t octant = exponent / eighth;
     const std::uint64_t within = exponent % eighth;
     const std::uint64_t steps = octant % 2 == 0 ? within : eighth - within;
     const double x = static_cast<double>(steps) * (twoPi / static_cast<double>(size));
@@ -115,7 +118,8 @@ Root rootOfUnity(std::uint64_t exponent, std::uint64_t size)
 
     if (octant % 4 == 1 || octant % 4 == 2) std::swap(cosine, sine);
     // Subtracted rather than negated, so that a zero stays +0.
-    if (octant >= 2 && octant < 6) cosine = 0.0 - cosine;
+    // No exponent reaches three quarters of the circle, where it would turn positive again.
+    if (octant >= 2) cosine = 0.0 - cosine;
     if (octant < 4) sine = 0.0 - sine;
     return {cosine, sine};
 }
@@ -150,9 +154,10 @@ std::uint64_t bytesFor(std::uint64_t floats)
 
 std::unique_ptr<unsigned char[]> newBlock(std::uint64_t bytes)
 {
-    if (bytes > static_cast<std::uint64_t>(std::numeric_limits<ptrdiff_t>::max()))
-        throw std::bad_alloc();
-    return std::unique_ptr<unsigned char[]>(new unsigned char[static_cast<std::size_t>(bytes)]);
+    // More than there can be anywhere throws by itself.
+    constexpr std::uint64_t most = std::numeric_limits<ptrdiff_t>::max();
+    const auto possible = static_cast<std::size_t>(std::min(bytes, most));
+    return std::unique_ptr<unsigned char[]>(new unsigned char[possible]);
 }
 
 // The first place within a block that has the alignment.
@@ -512,11 +517,11 @@ void transformShort(const float* input, float* output, const FFTState_Float& sta
     }
 }
 
-// Whether a caller can be told the size of the work buffer. The greatest transforms work in a block
-// of their own.
+// Whether the work is done in the caller's buffer. The greatest transforms work in a block of their
+// own, whose size an unsigned int need not hold.
 bool takesBuffer(const FFTState_Float& state)
 {
-    return state.workBytes <= std::numeric_limits<unsigned int>::max();
+    return state.points <= maxBufferPoints;
 }
 
 } // namespace

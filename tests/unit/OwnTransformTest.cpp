@@ -128,11 +128,32 @@ TEST_F(OwnTransform, ShortTransformNeedsNoBuffer)
     EXPECT_EQ(16.0f, output[0]);
 }
 
+// The greatest transforms work in a block of their own. A constant is all in bin 0: 2^20 ones.
+TEST_F(OwnTransform, TransformOfAMillionSamplesNeedsNoBuffer)
+{
+    init(20);
+
+    EXPECT_EQ(0u, buffer.size());
+    EXPECT_EQ(0, transform::FFTFwd(samples.data(), output.data(), state, nullptr));
+    EXPECT_EQ(1048576.0f, output[0]);
+    EXPECT_EQ(0.0f, output[2]);
+}
+
+TEST_F(OwnTransform, TransformOfHalfAMillionSamplesTakesABuffer)
+{
+    init(19);
+
+    EXPECT_NE(0u, buffer.size());
+    EXPECT_EQ(1, transform::FFTFwd(samples.data(), output.data(), state, nullptr));
+    EXPECT_EQ(0, transform::FFTFwd(samples.data(), output.data(), state, buffer.data()));
+    EXPECT_EQ(524288.0f, output[0]);
+}
+
 // An impulse in the second sample gives the factors themselves: bin k is exp(-2 pi i k / n), to
 // which nothing but zeros is added. Each is the exact value rounded once.
 TEST_F(OwnTransform, FactorsAreTheExactOnesRoundedOnce)
 {
-    constexpr long double twoPi = 6.283185307179586476925286766559005768L;
+    constexpr double twoPi = 6.283185307179586476925;
     for (const unsigned int order : {5u, 9u, 20u}) {
         SCOPED_TRACE(order);
         transform::FFTFree(state);
@@ -144,10 +165,9 @@ TEST_F(OwnTransform, FactorsAreTheExactOnesRoundedOnce)
 
         const std::size_t size = samples.size();
         for (std::size_t k = 1; k < size / 2; ++k) {
-            const long double angle =
-                twoPi * static_cast<long double>(k) / static_cast<long double>(size);
+            const double angle = twoPi * static_cast<double>(k) / static_cast<double>(size);
             // No angle written in binary is exactly a quarter of the circle.
-            const long double cosine = 4 * k == size ? 0.0L : std::cos(angle);
+            const double cosine = 4 * k == size ? 0.0 : std::cos(angle);
             ASSERT_EQ(static_cast<float>(cosine), output[2 * k]) << k;
             ASSERT_EQ(static_cast<float>(-std::sin(angle)), output[2 * k + 1]) << k;
         }

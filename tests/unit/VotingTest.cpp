@@ -1,5 +1,6 @@
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <utility>
 #include <vector>
@@ -35,10 +36,27 @@ using PairVotes = std::map<Pair, VoteCounts>;
 using Marks = std::vector<KeyAtFrame>;
 
 constexpr std::uint32_t cap = 250;
+constexpr std::int32_t highestFrame = std::numeric_limits<std::int32_t>::max();
 
 VXHistogramSetHolder histogramsOf(VXFileSet& fileSet)
 {
     VXFileSetProcessor processor(cap);
+    return VXHistogramSetHolder(processor.run(&fileSet, nullptr));
+}
+
+// Files 3 and 4 meet in the last frame of all. Beside files from frame 0 on a frame takes 31 bits
+// then and a file two more, so that a voter needs more than 32.
+void addDistantPair(VXFileSet& fileSet)
+{
+    addFileWith(fileSet, 3, {{1000000, highestFrame}});
+    addFileWith(fileSet, 4, {{1000000, highestFrame}});
+}
+
+// As if the votes were more than 32 bits can count.
+VXHistogramSetHolder widelyCounted(VXFileSet& fileSet)
+{
+    VXFileSetProcessor processor(cap);
+    processor.mostNarrowVotes = 0;
     return VXHistogramSetHolder(processor.run(&fileSet, nullptr));
 }
 
@@ -117,6 +135,83 @@ TEST(Voting, QuarterOfAMillionLandmarksVote)
     const auto histograms = histogramsOf(fileSet);
 
     EXPECT_EQ((PairVotes{{{1, 2}, {{0, count}}}}), voteCountsOf(*histograms));
+}
+
+TEST(Voting, VotesTooManyFor32BitsAreCountedAlike)
+{
+    VXFileSet fileSet;
+    addFileWith(fileSet, 1, {{1, 10}, {2, 11}});
+    addFileWith(fileSet, 2, {{1, 4}, {2, 5}, {2, 6}});
+
+    const auto histograms = widelyCounted(fileSet);
+
+    EXPECT_EQ((PairVotes{{{1, 2}, {{5, 1}, {6, 2}}}}), voteCountsOf(*histograms));
+}
+
+TEST(Voting, VotesTooManyFor32BitsAreCountedAlikeWhereOffsetsLieFarApart)
+{
+    VXFileSet fileSet;
+    const Marks marks = {{1, 0}, {1, 3000000}};
+    addFileWith(fileSet, 1, marks);
+    addFileWith(fileSet, 2, marks);
+
+    const auto histograms = widelyCounted(fileSet);
+
+    EXPECT_EQ((PairVotes{{{1, 2}, {{-3000000, 1}, {0, 2}, {3000000, 1}}}}),
+              voteCountsOf(*histograms));
+}
+
+// The keys come in an order that has nothing to do with their frames, so once they stand at falling
+// frames as well.
+TEST(Voting, EndsOfVotersOf64BitsAreThoseOfAllKeysHoweverMany)
+{
+    constexpr std::int32_t last = 2000;
+    Marks rising = marksUpTo(last);
+    Marks falling = rising;
+    for (KeyAtFrame& mark : falling)
+        mark.frame = last + 1 - mark.frame;
+    for (const Marks& marks : {rising, falling}) {
+        VXFileSet fileSet;
+        VXFile* const first = addFileWith(fileSet, 1, marks);
+        addFileWith(fileSet, 2, marks);
+        addDistantPair(fileSet);
+
+        const auto histograms = histogramsOf(fileSet);
+
+        const VXHistogram& histogram = *histograms->at(Pair(1, 2));
+        EXPECT_EQ(2000u, support::votesIn(histogram, 0));
+        EXPECT_EQ(landmarkAt(*first, 1), leastVoteIn(histogram, 0));
+        EXPECT_EQ(landmarkAt(*first, last), greatestVoteIn(histogram, 0));
+    }
+}
+
+TEST(Voting, OffsetsFarApartOfVotersOf64BitsAreAllCounted)
+{
+    for (const bool isWide : {false, true}) {
+        SCOPED_TRACE(isWide);
+        VXFileSet fileSet;
+        const Marks marks = {{1, 0}, {1, 3000000}};
+        addFileWith(fileSet, 1, marks);
+        addFileWith(fileSet, 2, marks);
+        addDistantPair(fileSet);
+
+        const auto histograms = isWide ? widelyCounted(fileSet) : histogramsOf(fileSet);
+
+        EXPECT_EQ((PairVotes{{{1, 2}, {{-3000000, 1}, {0, 2}, {3000000, 1}}}, {{3, 4}, {{0, 1}}}}),
+                  voteCountsOf(*histograms));
+    }
+}
+
+TEST(Voting, KeyOf251LandmarksOfVotersOf64BitsCastsNoVote)
+{
+    VXFileSet fileSet;
+    addFileWith(fileSet, 1, Marks(250, {7, 20}));
+    addFileWith(fileSet, 2, {{7, 20}});
+    addDistantPair(fileSet);
+
+    const auto histograms = histogramsOf(fileSet);
+
+    EXPECT_EQ((PairVotes{{{3, 4}, {{0, 1}}}}), voteCountsOf(*histograms));
 }
 
 TEST(Voting, SetsThatAreAddedOneAfterTheOtherVoteTogether)
