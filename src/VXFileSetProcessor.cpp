@@ -724,8 +724,8 @@ void VXFileSetProcessor::visitEntries(Deal& deal, Visit visit) const
     }
 }
 
-// Moves the landmarks of a deal into `sorted`, by spread key and, within one, by place.
-void VXFileSetProcessor::takeByKey(Deal& deal, std::vector<Entry>& sorted)
+// Moves the landmarks of a deal into `sorting`, by spread key and, within one, by place.
+void VXFileSetProcessor::takeByKey(Deal& deal, Sorting& sorting)
 {
     const std::size_t size = sizeOf(deal);
     const unsigned int bits = std::min(bitsToHold(size), keyBits - dealBits);
@@ -735,7 +735,8 @@ void VXFileSetProcessor::takeByKey(Deal& deal, std::vector<Entry>& sorted)
         return static_cast<std::size_t>(std::uint64_t{entry.spreadKey << dealBits} >> unused);
     };
 
-    std::vector<std::uint32_t> bucketEnds(std::size_t{1} << bits);
+    auto& [sorted, bucketEnds] = sorting;
+    bucketEnds.assign(std::size_t{1} << bits, 0);
     visitEntries(deal, [&](const Entry& entry) { ++bucketEnds[bucketOf(entry)]; });
     std::uint32_t next = 0;
     for (std::uint32_t& bucket : bucketEnds)
@@ -759,10 +760,10 @@ void VXFileSetProcessor::takeByKey(Deal& deal, std::vector<Entry>& sorted)
 void VXFileSetProcessor::purgeSingletons()
 {
     orderPlaces();
-    std::vector<Entry> sorted;
+    Sorting sorting;
     for (Deal& deal : landmarkIndex) {
-        takeByKey(deal, sorted);
-        visitKeys(sorted, [this](const Entry* begin, const Entry* end) {
+        takeByKey(deal, sorting);
+        visitKeys(sorting.sorted, [this](const Entry* begin, const Entry* end) {
             if (end - begin < 2) return;
             for (const Entry* entry = begin; entry != end; ++entry)
                 addEntry(*entry);
@@ -804,10 +805,10 @@ VXFileSetProcessor::Ballot<Code> VXFileSetProcessor::collectBallot(const VoterLa
         size += sizeOf(deal);
 
     Ballot<Code> ballot(layout, owners.size(), size);
-    std::vector<Entry> sorted;
+    Sorting sorting;
     for (Deal& deal : landmarkIndex) {
-        takeByKey(deal, sorted);
-        visitKeys(sorted, [&](const Entry* begin, const Entry* end) {
+        takeByKey(deal, sorting);
+        visitKeys(sorting.sorted, [&](const Entry* begin, const Entry* end) {
             if (end - begin < 2) return;
             ++ballot.keys;
             if (static_cast<std::size_t>(end - begin) > maxLandmarkCount) return;

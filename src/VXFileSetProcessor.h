@@ -84,6 +84,12 @@ private:
         std::vector<Entry*> spare;
     };
 
+    // What one deal after the other is sorted in.
+    struct Sorting {
+        std::vector<Entry> sorted;
+        std::vector<std::uint32_t> bucketEnds;
+    };
+
     // How a landmark that may vote is coded in one number, as its file above its frame.
     struct VoterLayout {
         // The places with a file, which stand before those without one.
@@ -112,7 +118,7 @@ private:
     std::size_t sizeOf(const Deal& deal) const;
     template <typename Visit>
     void visitEntries(Deal& deal, Visit visit) const;
-    void takeByKey(Deal& deal, std::vector<Entry>& sorted);
+    void takeByKey(Deal& deal, Sorting& sorting);
     VoterLayout voterLayout() const;
     template <typename Code>
     Ballot<Code> collectBallot(const VoterLayout& layout);
