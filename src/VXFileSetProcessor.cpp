@@ -735,7 +735,8 @@ void VXFileSetProcessor::takeByKey(Deal& deal, Sorting& sorting)
         return static_cast<std::size_t>(std::uint64_t{entry.spreadKey << dealBits} >> unused);
     };
 
-    auto& [sorted, bucketEnds] = sorting;
+    std::vector<Entry>& sorted = sorting.sorted;
+    std::vector<std::uint32_t>& bucketEnds = sorting.bucketEnds;
     bucketEnds.assign(std::size_t{1} << bits, 0);
     visitEntries(deal, [&](const Entry& entry) { ++bucketEnds[bucketOf(entry)]; });
     std::uint32_t next = 0;
