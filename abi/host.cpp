@@ -10,6 +10,7 @@
 #include <vxl_audio/VXFile.h>
 #include <vxl_audio/VXFileSet.h>
 #include <vxl_audio/VXLandmarkExtract.h>
+#include <vxl_audio/wavfile.h>
 
 // Made of the standard library's types, which the baseline leaves out.
 using Members = std::set<VXS::VXClusterMember*, VXS::VXClusterMemberOrder>;
@@ -44,5 +45,5 @@ std::size_t sizes()
     return sizeof(VXS::VXClusterSync) + sizeof(VXS::VXClusterSyncParams) +
            sizeof(VXS::VXExtractParams) + sizeof(VXS::VXFile) + sizeof(VXS::VXFileSet) +
            sizeof(VXS::VXLandmarkExtract) + sizeof(VXS::Peak) + sizeof(VXS::VXClusterMember) +
-           sizeof(VXS::VXClusterMemberOrder) + sizeof(VXS::array<float>);
+           sizeof(VXS::VXClusterMemberOrder) + sizeof(VXS::array<float>) + sizeof(VXS::wavfile_t);
 }

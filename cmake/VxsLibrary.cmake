@@ -8,7 +8,8 @@ set(vxs_public_headers
     src/VXExtractParams.h
     src/VXFile.h
     src/VXFileSet.h
-    src/VXLandmarkExtract.h)
+    src/VXLandmarkExtract.h
+    src/wavfile.h)
 
 add_library(
     vxl_audio_core OBJECT

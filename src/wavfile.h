@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "VXExport.h"
+
 namespace VXS
 {
 
@@ -14,7 +16,8 @@ class array;
 
 // A RIFF/WAVE file: read from its header on, or written as far as its header. Counts in sample
 // frames. The stream stands at the first sample after construction; each read goes on where the
-// last one stopped. One thread at a time may use it.
+// last one stopped. One thread at a time may use it. VXLandmarkExtract::loadFile opens one with the
+// rate of an extraction; a host that wants a header written, or the samples alone, makes its own.
 class wavfile_t
 {
 public:
@@ -24,22 +27,23 @@ public:
     // std::runtime_error with a fixed text when the header cannot be read. A file that cannot be
     // opened for writing raises nothing. On Windows a path is UTF-8, and one that is not throws
     // std::system_error.
-    wavfile_t(const std::string& path, unsigned int openMode, int newChannels,
-              unsigned int newSampleRate);
+    VXS_API wavfile_t(const std::string& path, unsigned int openMode, int newChannels,
+                      unsigned int newSampleRate);
     // Completes the sizes in the header of a written file.
-    ~wavfile_t();
+    VXS_API ~wavfile_t();
     wavfile_t(const wavfile_t&) = delete;
     wavfile_t& operator=(const wavfile_t&) = delete;
 
     // Fills `block` with the first channel of the next sample frames. Always answers true. At the
     // end of the file one stale or part-read sample is stored and the rest of the block keeps what
-    // it held. Widths other than 8, 16 and 32 bits leave the block alone. Exists for float only.
-    // Throws std::runtime_error on a file opened for writing.
+    // it held. Widths other than 8, 16 and 32 bits leave the block alone. Exists for float only,
+    // whose array VXLandmarkExtract.h defines. Throws std::runtime_error on a file opened for
+    // writing.
     template <typename T>
     bool read_mono(array<T>& block);
 
     // Back to the first sample, also from the end of the file.
-    void rewind();
+    VXS_API void rewind();
 
     std::int32_t channels;
     // What the header claims, which may be more than the file holds. 0 for a written file.
@@ -60,6 +64,9 @@ private:
     std::fstream::pos_type dataStart = 0;
     std::vector<char> readBuffer;
 };
+
+template <>
+VXS_API bool wavfile_t::read_mono<float>(array<float>& block);
 
 } // namespace VXS
 

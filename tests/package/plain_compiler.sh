@@ -10,4 +10,4 @@ cd "$source"
     -o "$binary/libvxl_audio.so"
 "$compiler" -std=c++17 "-I$headers" tests/package/host_project/main.cpp \
     "-L$binary" -lvxl_audio "-Wl,-rpath,$binary" -o "$binary/host"
-"$binary/host" "$recordings"
+"$binary/host" "$recordings" "$binary/written.wav"

@@ -2,8 +2,11 @@
 // reader of the library and from a source of its own, put into a set by hand and lined up.
 #include <cmath>
 #include <cstdint>
+#include <fstream>
 #include <iostream>
+#include <iterator>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -11,6 +14,7 @@
 #include <vxl_audio/VXFile.h>
 #include <vxl_audio/VXFileSet.h>
 #include <vxl_audio/VXLandmarkExtract.h>
+#include <vxl_audio/wavfile.h>
 
 namespace
 {
@@ -126,6 +130,67 @@ void checkParameters()
            "pairs a peak");
 }
 
+constexpr unsigned int openForReading = 8;
+constexpr unsigned int openForWriting = 16;
+
+// A header of a host's own, which the reader takes back and which says that no sample follows.
+void checkHeader(const std::string& path)
+{
+    {
+        const VXS::wavfile_t header(path, openForWriting, 2, 48000);
+        expect(header.channels == 2 && header.sampleRate == 48000, "format to be written");
+    }
+    std::ifstream stream(path, std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(stream),
+                            std::istreambuf_iterator<char>()};
+    expect(bytes.size() == 44 && bytes.substr(0, 4) == "RIFF" && bytes.substr(36, 4) == "data",
+           "44 bytes of header");
+
+    const VXS::wavfile_t header(path, openForReading, 1, 16000);
+    expect(header.channels == 2 && header.sampleRate == 48000 && header.frames == 0,
+           "format of the written header");
+}
+
+// Samples by the reader alone.
+void checkReader(VXS::VXLandmarkExtract& extractor, const std::string& folder)
+{
+    VXS::wavfile_t* file = extractor.loadFile(folder + "/clean.wav");
+    if (file == nullptr) {
+        expect(false, "clean.wav: not opened");
+        return;
+    }
+    expect(file->channels == 1 && file->sampleRate == 8000 && file->frames == 656000,
+           "format of clean.wav");
+    VXS::array<float> first(1000);
+    expect(file->read_mono(first), "clean.wav: not read");
+    VXS::array<float> next(1000);
+    file->read_mono<float>(next);
+    file->rewind();
+    VXS::array<float> again(1000);
+    file->read_mono(again);
+    bool isSame = true;
+    bool isOther = false;
+    for (std::int32_t i = 0; i < again.dim0; ++i) {
+        isSame = isSame && first.data[i] == again.data[i];
+        isOther = isOther || first.data[i] != next.data[i];
+    }
+    expect(isSame, "rewind does not lead to the first sample");
+    expect(isOther, "the second read does not go on where the first stopped");
+    delete file;
+
+    // What loadFile gives for the sake of the check alone is freed in the same way.
+    delete extractor.loadFile(folder + "/clean.wav");
+
+    try {
+        const VXS::wavfile_t missing(folder + "/no-such-recording.wav", openForReading, 1, 16000);
+        expect(false, "a missing file opens");
+    } catch (const std::runtime_error& error) {
+        expect(error.what() ==
+                   std::string("wavfile_t::wavfile_t() : File doesn't start with 'RIFF'"),
+               std::string("message ") + error.what());
+    }
+}
+
 // The stages that a host may call alone.
 void checkStages(VXS::VXLandmarkExtract& extractor)
 {
@@ -152,8 +217,8 @@ void checkStages(VXS::VXLandmarkExtract& extractor)
 
 int main(int argc, char** argv)
 {
-    if (argc != 2) {
-        std::cerr << "usage: host FOLDER_OF_RECORDINGS\n";
+    if (argc != 3) {
+        std::cerr << "usage: host FOLDER_OF_RECORDINGS NEW_WAV_FILE\n";
         return 2;
     }
     const std::string folder = argv[1];
@@ -162,6 +227,8 @@ int main(int argc, char** argv)
     const VXS::VXExtractParams params;
     VXS::VXLandmarkExtract extractor(params);
     checkStages(extractor);
+    checkHeader(argv[2]);
+    checkReader(extractor, folder);
 
     // A file that cannot be read, and one that is extracted and thrown away.
     expect(extractor.run(folder + "/no-such-recording.wav", 9) == nullptr, "missing file");
@@ -190,6 +257,11 @@ int main(int argc, char** argv)
         fileSet.idToPath[id] = names[i] + ".wav";
     }
     expect(fileSet.getFiles().size() == 4, "four files in the set");
+
+    // A file whose id is taken is not kept, and is the host's to delete.
+    auto notKept = std::make_unique<VXS::VXFile>(4);
+    fileSet.addFile(notKept.get());
+    expect(fileSet.getFiles()[4] == cleanFile, "the earlier file stays");
 
     VXS::VXClusterSync sync{VXS::VXClusterSyncParams(params)};
     StageList progress;
