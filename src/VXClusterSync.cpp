@@ -2,6 +2,7 @@
 
 #include "VXFileSet.h"
 #include "VXFileSetProcessor.h"
+#include "VXFloatingPoint.h"
 #include "VXHistogram.h"
 #include "VXHistogramSetProcessor.h"
 #include "VXMergeStats.h"
@@ -33,6 +34,7 @@ VXClusterSync::VXClusterSync(const VXClusterSyncParams& newParams) : params(newP
 
 VXClusterResult* VXClusterSync::run(VXFileSet* fileSet, VXProgress* progress)
 {
+    const DefaultFloatingPoint environment;
     report(progress, 0);
     if (fileSet != nullptr) fileSet->computeAllCLFs();
 

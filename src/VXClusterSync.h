@@ -15,7 +15,8 @@ class VXFileSet;
 
 // Tells a host how far VXClusterSync::run is. The host implements it; the library only calls it, on
 // the thread that called run, and never deletes it. It cannot stop a run. What it throws passes
-// through run to the caller.
+// through run to the caller. It is called in the default floating-point environment, and leaves it
+// so.
 class VXS_API VXProgress
 {
 public:

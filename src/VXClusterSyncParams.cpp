@@ -1,9 +1,24 @@
 #include "VXClusterSyncParams.h"
 
 #include "VXExtractParams.h"
+#include "VXFloatingPoint.h"
 
 namespace VXS
 {
+
+namespace
+{
+
+float framesPerSecond(unsigned int sampleRate, unsigned int hopSize)
+{
+    const DefaultFloatingPoint environment;
+    const volatile unsigned int samples = sampleRate;
+    const volatile unsigned int samplesPerFrame = hopSize;
+    const volatile float frames = static_cast<float>(samples) / static_cast<float>(samplesPerFrame);
+    return frames;
+}
+
+} // namespace
 
 VXClusterSyncParams::VXClusterSyncParams(const VXExtractParams& extractParams)
     : minPercentMatch(0.0025f),
@@ -11,8 +26,8 @@ VXClusterSyncParams::VXClusterSyncParams(const VXExtractParams& extractParams)
       minTemplateMatchLengthInSeconds(3.0f),
       maxLandmarkCount(250),
       minLandmarksPerEstimate(5),
-      audioFramesPerSecond(static_cast<float>(extractParams.getSampleRate()) /
-                           static_cast<float>(extractParams.getHopSize())),
+      audioFramesPerSecond(
+          framesPerSecond(extractParams.getSampleRate(), extractParams.getHopSize())),
       hopSize(extractParams.getHopSize()),
       sampleRate(extractParams.getSampleRate())
 {

@@ -53,8 +53,9 @@ public:
 
 private:
     // The nodes of both tables, each in one piece: among the landmarks, a walk by frame would wait
-    // for memory at every node.
-    std::pmr::monotonic_buffer_resource nodes;
+    // for memory at every node. Not from the default resource, which is the host's: it may refuse,
+    // and it may go before the file.
+    std::pmr::monotonic_buffer_resource nodes{std::pmr::new_delete_resource()};
     // Owns the landmarks. Within one frame they stand in the order in which they were added.
     std::pmr::map<std::int64_t, std::vector<VXLandmark*>> landmarks{&nodes};
     std::pmr::map<std::int64_t, std::int64_t> clf{&nodes};

@@ -1,15 +1,19 @@
 #include "VXLandmarkExtract.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <exception>
 #include <functional>
 #include <iostream>
+#include <iterator>
 #include <memory>
+#include <string_view>
 
 #include "VXFile.h"
 #include "VXFileSet.h"
+#include "VXFloatingPoint.h"
 #include "VXLandmark.h"
 #include "VXMultiversion.h"
 #include "vxaccelerate/transform.h"
@@ -197,6 +201,29 @@ bool areEqual(const array<float>& levels)
     return std::adjacent_find(begin, end, std::not_equal_to<float>()) == end;
 }
 
+// Writes to standard output as it stands: a width, a format or a locale that the host has set on
+// the stream is for what the host writes.
+void write(std::string_view text)
+{
+    std::cout.write(text.data(), static_cast<std::streamsize>(text.size()));
+}
+
+// Six digits, as a stream writes a number by itself.
+void write(float number)
+{
+    constexpr int digits = 6;
+    char text[32];
+    const std::to_chars_result end =
+        std::to_chars(std::begin(text), std::end(text), number, std::chars_format::general, digits);
+    write(std::string_view(text, static_cast<std::size_t>(end.ptr - text)));
+}
+
+void endLine()
+{
+    write("\n");
+    std::cout.flush();
+}
+
 std::string extensionOf(const std::string& path)
 {
     const std::size_t dot = path.rfind('.');
@@ -332,9 +359,13 @@ bool WavInput::rewind()
 
 void Peak::print()
 {
-    // Decimal whatever the host has set on the stream; the level in the stream's own format.
-    std::cout << "f: " << std::to_string(frequency) << " a: " << amplitude
-              << " t:" << std::to_string(time) << std::endl;
+    write("f: ");
+    write(std::to_string(frequency));
+    write(" a: ");
+    write(amplitude);
+    write(" t:");
+    write(std::to_string(time));
+    endLine();
 }
 
 VXLandmarkExtract::VXLandmarkExtract(VXExtractParams newParams)
@@ -370,9 +401,15 @@ VXFileSet* VXLandmarkExtract::runAll(const std::vector<std::string>& paths)
     std::vector<std::unique_ptr<VXFile>> files(kept.size());
     for (std::size_t i = 0; i < kept.size(); ++i) {
         const auto id = static_cast<std::int64_t>(i) + 1;
-        std::cout << "STARTING: " << kept[i] << " (id " << std::to_string(id) << ")\n";
+        write("STARTING: ");
+        write(kept[i]);
+        write(" (id ");
+        write(std::to_string(id));
+        write(")\n");
         files[i].reset(run(kept[i], id));
-        std::cout << "FEATURE EXTRACTION COMPLETE: " << kept[i] << std::endl;
+        write("FEATURE EXTRACTION COMPLETE: ");
+        write(kept[i]);
+        endLine();
     }
 
     auto fileSet = std::make_unique<VXFileSet>();
@@ -419,12 +456,17 @@ wavfile_t* VXLandmarkExtract::loadFile(const std::string& path)
         file =
             std::make_unique<wavfile_t>(path, openForReading, placeholderChannels, placeholderRate);
     } catch (const std::exception&) {
-        std::cout << "[ERROR]: Could not load: " << path << std::endl;
+        write("[ERROR]: Could not load: ");
+        write(path);
+        endLine();
         return nullptr;
     }
     if (file->sampleRate != params.getSampleRate()) {
         file.reset();
-        std::cout << "[ERROR]:" << path << " has an incorrect sample rate" << std::endl;
+        write("[ERROR]:");
+        write(path);
+        write(" has an incorrect sample rate");
+        endLine();
         return nullptr;
     }
     return file.release();
@@ -432,6 +474,7 @@ wavfile_t* VXLandmarkExtract::loadFile(const std::string& path)
 
 void VXLandmarkExtract::setupFFT()
 {
+    const DefaultFloatingPoint environment;
     fftReady = false;
     const auto samples = static_cast<std::int32_t>((params.getFftSize() + 4u) & ~1u);
     fftInput.resize(samples, 1, 1);
@@ -491,7 +534,10 @@ std::int32_t VXLandmarkExtract::binCount() const
 
 float VXLandmarkExtract::dB(float magnitude)
 {
-    return levelOf(magnitude);
+    const DefaultFloatingPoint environment;
+    const volatile float given = magnitude;
+    const volatile float level = levelOf(given);
+    return level;
 }
 
 bool VXLandmarkExtract::sortByAmplitudeComparitor(Peak* left, Peak* right)
@@ -503,6 +549,7 @@ void VXLandmarkExtract::smooth(array<float>& envelope)
 {
     const std::int32_t count = envelope.count();
     if (count < 2) return;
+    const DefaultFloatingPoint environment;
 
     // All maxima are found before the first one raises its surroundings.
     std::vector<Peak> maxima;
@@ -568,6 +615,7 @@ void VXLandmarkExtract::analyse(const SlidingFrame& sliding, Spectrum& spectrum)
 void VXLandmarkExtract::computeInitialThreshold(array<float>& threshold, VXInput* input)
 {
     if (!fftReady || input == nullptr) return;
+    const DefaultFloatingPoint environment;
     SlidingFrame sliding(params);
     Spectrum spectrum(static_cast<std::size_t>(binCount()));
     const std::int32_t count = std::min(binCount(), threshold.count());
@@ -612,6 +660,7 @@ void VXLandmarkExtract::fillMaskShape()
 void VXLandmarkExtract::findFreqPeaks(VXInput* input)
 {
     if (!fftReady || input == nullptr) return;
+    const DefaultFloatingPoint environment;
     const std::uint32_t frameCount = countFrames(input->getFrames());
     if (params.initialFrames > frameCount) return;
 
@@ -716,6 +765,7 @@ void VXLandmarkExtract::removeBelowFloor(float maxMagnitude)
 void VXLandmarkExtract::prune()
 {
     if (!fftReady || frames == nullptr || frames->empty()) return;
+    const DefaultFloatingPoint environment;
     const std::int32_t bins = binCount();
     array<float> threshold(bins);
     std::copy(fftInput.data, fftInput.data + bins, threshold.data);
@@ -794,7 +844,11 @@ void VXLandmarkExtract::printPeaks()
     if (frames == nullptr) return;
     for (std::size_t f = 0; f < frames->size(); ++f) {
         std::vector<Peak*>& peaks = *(*frames)[f];
-        if (!peaks.empty()) std::cout << "FRAME: " << std::to_string(f) << std::endl;
+        if (!peaks.empty()) {
+            write("FRAME: ");
+            write(std::to_string(f));
+            endLine();
+        }
         sortByAmplitude(peaks);
         for (Peak* peak : peaks)
             peak->print();

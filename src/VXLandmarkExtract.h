@@ -117,7 +117,8 @@ private:
 // A source of samples. A host derives its own to feed audio that is not in a WAV file. Samples are
 // floats of one channel, full scale being -1.0 to 1.0, at the rate that the extractor's parameters
 // name. The library calls a source on the thread that called run, never deletes it, and ignores the
-// results of the last two operations. What a source throws passes through run.
+// results of the last two operations. What a source throws passes through run. It is called in the
+// default floating-point environment, and leaves it so.
 class VXS_API VXInput
 {
 public:
@@ -172,7 +173,9 @@ struct Peak {
 //
 // Time is counted in frames, frequency in bins, levels in dB. Frames are not windowed. An extractor
 // serves one thread at a time and any number of recordings one after the other; separate extractors
-// may run on separate threads at once. An exception leaves it usable for the next run.
+// may run on separate threads at once. An exception leaves it usable for the next run. No result
+// and no line depends on what the host has set for its process or thread: floating-point
+// environment, locale, default memory resource, format of the standard output.
 //
 // Hosts call runAll or run. The operations that follow them are the stages that run consists of,
 // for hosts that need one of them alone; called out of order they do nothing.

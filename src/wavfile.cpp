@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
+#include <locale>
 #include <stdexcept>
 #include <system_error>
 
@@ -136,6 +137,8 @@ wavfile_t::wavfile_t(const std::string& path, unsigned int openMode, int newChan
                      unsigned int newSampleRate)
     : channels(newChannels), sampleRate(newSampleRate)
 {
+    // A stream begins with the locale of the process, which may convert what is read and written.
+    stream.imbue(std::locale::classic());
     // The bytes as they are, or UTF-8 where the system's paths are not made of bytes.
     const std::filesystem::path place = std::filesystem::u8path(path);
     if (openMode == openForReading) {
