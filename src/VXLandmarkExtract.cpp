@@ -331,6 +331,34 @@ struct VXLandmarkExtract::Spectrum {
     // The bins that are peaks unless a louder one masks them. Refilled for each frame.
     std::vector<Peak> candidates;
     bool isSilent = true;
+    // Some frame has been analysed.
+    bool isAnalysed = false;
+};
+
+// Leaves one number for each bin of the latest frame in `numbers` when the pass over the frames
+// ends, also when it ends because the source throws: what a host then prunes by hand starts there.
+class VXLandmarkExtract::LatestFrame
+{
+public:
+    using Number = float (Spectrum::*)(std::size_t bin) const;
+
+    LatestFrame(const Spectrum& newSpectrum, Number newNumber, array<float>& newNumbers)
+        : spectrum(newSpectrum), number(newNumber), numbers(newNumbers)
+    {
+    }
+    ~LatestFrame()
+    {
+        if (!spectrum.isAnalysed) return;
+        for (std::size_t bin = 0; bin < spectrum.powers.size(); ++bin)
+            numbers.data[bin] = (spectrum.*number)(bin);
+    }
+    LatestFrame(const LatestFrame&) = delete;
+    LatestFrame& operator=(const LatestFrame&) = delete;
+
+private:
+    const Spectrum& spectrum;
+    Number number;
+    array<float>& numbers;
 };
 
 WavInput::WavInput(wavfile_t* newFile) : file(newFile) {}
@@ -479,8 +507,8 @@ void VXLandmarkExtract::setupFFT()
     const auto samples = static_cast<std::int32_t>((params.getFftSize() + 4u) & ~1u);
     fftInput.resize(samples, 1, 1);
     fftOutput.resize(samples, 1, 1);
-    // The transform leaves the last floats alone, and the whole array is copied.
-    std::fill(fftInput.data, fftInput.data + samples, 0.0f);
+    // A provider that cannot serve this length delivers nothing, which then is silence. What
+    // fftInput holds stays: prune may follow.
     std::fill(fftOutput.data, fftOutput.data + samples, 0.0f);
 
     if (fftState != nullptr) vxaccelerate::transform::FFTFree(fftState);
@@ -601,6 +629,7 @@ void VXLandmarkExtract::slide(SlidingFrame& sliding, VXInput* input, bool read) 
 // recording rest on the raw spectrum. Silence has a known one.
 void VXLandmarkExtract::analyse(const SlidingFrame& sliding, Spectrum& spectrum)
 {
+    spectrum.isAnalysed = true;
     if (sliding.isSilent()) {
         if (!spectrum.isSilent) std::fill(spectrum.powers.begin(), spectrum.powers.end(), 0.0f);
         spectrum.isSilent = true;
@@ -619,12 +648,15 @@ void VXLandmarkExtract::computeInitialThreshold(array<float>& threshold, VXInput
     SlidingFrame sliding(params);
     Spectrum spectrum(static_cast<std::size_t>(binCount()));
     const std::int32_t count = std::min(binCount(), threshold.count());
-    for (std::uint32_t opening = 0; opening < params.initialFrames; ++opening) {
-        slide(sliding, input, true);
-        analyse(sliding, spectrum);
-        for (std::int32_t k = 0; k < count; ++k) {
-            const float magnitude = spectrum.magnitudeAt(static_cast<std::size_t>(k));
-            if (threshold.data[k] < magnitude) threshold.data[k] = magnitude;
+    {
+        const LatestFrame latest(spectrum, &Spectrum::magnitudeAt, fftInput);
+        for (std::uint32_t opening = 0; opening < params.initialFrames; ++opening) {
+            slide(sliding, input, true);
+            analyse(sliding, spectrum);
+            for (std::int32_t k = 0; k < count; ++k) {
+                const float magnitude = spectrum.magnitudeAt(static_cast<std::size_t>(k));
+                if (threshold.data[k] < magnitude) threshold.data[k] = magnitude;
+            }
         }
     }
     std::fill(fftInput.data, fftInput.data + fftInput.count(), 0.0f);
@@ -676,6 +708,7 @@ void VXLandmarkExtract::findFreqPeaks(VXInput* input)
     const Mask mask(maskShape);
     Spectrum spectrum(static_cast<std::size_t>(bins));
     frames->reserve(frameCount);
+    const LatestFrame latest(spectrum, &Spectrum::levelAt, fftInput);
     bool isFlat = areEqual(threshold);
     for (std::uint32_t f = 0; f < frameCount; ++f) {
         // The last frame reads nothing: it is the frame before it with silence behind.
@@ -690,11 +723,6 @@ void VXLandmarkExtract::findFreqPeaks(VXInput* input)
         addPeaks(spectrum, mask, threshold, static_cast<std::int32_t>(f));
         isFlat = isFlat && frames->back()->empty();
         lowerBy(threshold.data, params.thresholdDecay, bins);
-    }
-    if (frameCount > 0) {
-        for (std::int32_t i = 0; i < bins; ++i) {
-            fftInput.data[i] = spectrum.levelAt(static_cast<std::size_t>(i));
-        }
     }
     removeBelowFloor(
         std::sqrt(*std::max_element(spectrum.greatest.begin(), spectrum.greatest.end())));

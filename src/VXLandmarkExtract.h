@@ -211,7 +211,7 @@ public:
     // than the parameters.
     VXS_API wavfile_t* loadFile(const std::string& path);
 
-    // Sizes the buffers and creates the transform.
+    // Sizes the buffers and creates the transform. Called again, it keeps what prune starts from.
     VXS_API void setupFFT();
 
     // Raises each element of `threshold`, one for each bin, to the greatest magnitude that its bin
@@ -246,6 +246,7 @@ public:
     VXS_API void printPeaks();
 
 private:
+    class LatestFrame;
     class Mask;
     struct SlidingFrame;
     struct Spectrum;
@@ -267,8 +268,9 @@ private:
     vxaccelerate::FFTState_Float* fftState = nullptr;
     array<unsigned char> fftBuffer;
     bool fftReady = false;
-    // Takes a frame's samples before the transform and its levels after it. After findFreqPeaks it
-    // holds the levels of the last frame, from which prune starts.
+    // By bin, with room for an input of the transform: 0 when findFreqPeaks turns to its first
+    // frame, and the levels of the latest one when it ends, also if it ends because the source
+    // threw. prune starts from these. An opening that is cut off leaves magnitudes.
     array<float> fftInput;
     array<float> fftOutput;
     VXExtractParams params;

@@ -171,9 +171,10 @@ TEST(VXLandmarkExtract, SetupTwiceLeavesAWorkingTransform)
 
     extractor.setupFFT();
     extractor.setupFFT();
-    extractor.fftInput.data[0] = 1.0f;
-    vxaccelerate::transform::FFTFwd(extractor.fftInput.data, extractor.fftOutput.data,
-                                    extractor.fftState, extractor.fftBuffer.data);
+    std::vector<float> pulse(516, 0.0f);
+    pulse[0] = 1.0f;
+    vxaccelerate::transform::FFTFwd(pulse.data(), extractor.fftOutput.data, extractor.fftState,
+                                    extractor.fftBuffer.data);
 
     EXPECT_FLOAT_EQ(1.0f, extractor.fftOutput.data[2 * 37]);
     EXPECT_FLOAT_EQ(0.0f, extractor.fftOutput.data[2 * 37 + 1]);
