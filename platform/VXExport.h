@@ -16,4 +16,12 @@
 #define VXS_API
 #endif
 
+// Marks what an installed header declares for the library's own use. It is not exported: a host
+// that calls it does not link.
+#if defined(__GNUC__) && !defined(_WIN32)
+#define VXS_INTERNAL __attribute__((visibility("hidden")))
+#else
+#define VXS_INTERNAL
+#endif
+
 #endif

@@ -67,7 +67,8 @@ using VXClusterResult = std::set<VXClusterMembers*>;
 class VXClusterSync
 {
 public:
-    VXS_API explicit VXClusterSync(const VXClusterSyncParams& newParams);
+    // Takes a copy of the parameters, which convert: they are all that makes a VXClusterSync.
+    VXS_API VXClusterSync(const VXClusterSyncParams& newParams);
 
     // Returns the clusters of the set's recordings; a recording that matches nothing is a cluster
     // of its own. The caller owns the result (see VXClusterResult) and keeps `fileSet` and

@@ -17,15 +17,16 @@ class VXExtractParams;
 class VXClusterSyncParams
 {
 public:
-    VXS_API explicit VXClusterSyncParams(const VXExtractParams& extractParams);
+    // Converts: a job has one record of each kind, and this one follows from that one.
+    VXS_API VXClusterSyncParams(const VXExtractParams& extractParams);
 
-    unsigned int getMinLandmarksPerEstimate() const;
-    unsigned int getMaxLandmarkCount() const;
-    float getAudioFramesPerSecond() const;
-    unsigned int getHopSize() const;
-    float getMinTemplateMatchLengthInSeconds() const;
-    float getMinOverlapLengthInSeconds() const;
-    float getMinPercentMatch() const;
+    VXS_INTERNAL unsigned int getMinLandmarksPerEstimate() const;
+    VXS_INTERNAL unsigned int getMaxLandmarkCount() const;
+    VXS_INTERNAL float getAudioFramesPerSecond() const;
+    VXS_INTERNAL unsigned int getHopSize() const;
+    VXS_INTERNAL float getMinTemplateMatchLengthInSeconds() const;
+    VXS_INTERNAL float getMinOverlapLengthInSeconds() const;
+    VXS_INTERNAL float getMinPercentMatch() const;
 
 private:
     float minPercentMatch;

@@ -24,13 +24,14 @@ class VXLandmark;
 class VXFile
 {
 public:
-    explicit VXFile(std::int64_t newFileID) : fileID(newFileID) {}
+    // An id alone makes a file of that id without landmarks, and converts to it.
+    VXFile(std::int64_t newFileID) : fileID(newFileID) {}
     VXS_API ~VXFile();
     VXFile(const VXFile&) = delete;
     VXFile& operator=(const VXFile&) = delete;
 
     // Takes ownership, also when it throws. Null changes nothing.
-    void addLandmark(VXLandmark* landmark);
+    VXS_INTERNAL void addLandmark(VXLandmark* landmark);
 
     // Fills the CLF, and gives the landmark map an entry for every frame from the first landmark to
     // the last. Does nothing if the CLF is up to date. Throws std::bad_alloc, before it changes
@@ -40,7 +41,7 @@ public:
 
     // Landmarks from frame `start` to frame `end`, both included and clipped to the recording, or
     // -1 while the CLF is stale. Requires: computeCLF has run.
-    std::int64_t queryNumberLandmarksInBetween(std::int64_t start, std::int64_t end);
+    VXS_INTERNAL std::int64_t queryNumberLandmarksInBetween(std::int64_t start, std::int64_t end);
 
     // The landmarks by frame, for direct use. Still owned by the file.
     std::pmr::map<std::int64_t, std::vector<VXLandmark*>>& getLandmarkMap() { return landmarks; }

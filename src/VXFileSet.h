@@ -34,7 +34,7 @@ public:
     std::map<std::int64_t, VXFile*>& getFiles() { return files; }
 
     // Calls VXFile::computeCLF on each file in order of id.
-    void computeAllCLFs();
+    VXS_INTERNAL void computeAllCLFs();
 
     // Short name to id. Of two recordings with one name, the later id.
     std::map<std::string, std::int64_t> nameToId;

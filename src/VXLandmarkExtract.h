@@ -33,7 +33,10 @@ class array
 public:
     array() = default;
 
-    explicit array(std::int32_t newDim0, std::int32_t newDim1 = 1, std::int32_t newDim2 = 1)
+    // A number alone does not convert: assigning one would mean to drop the block.
+    explicit array(std::int32_t newDim0) : array(newDim0, 1, 1) {}
+
+    array(std::int32_t newDim0, std::int32_t newDim1, std::int32_t newDim2)
         : dim0(newDim0), dim1(newDim1), dim2(newDim2)
     {
         if (count() != 0) data = allocate(count());
@@ -155,7 +158,7 @@ private:
 // One spectral peak: a bin that stands out of its frame.
 struct Peak {
     // Writes the peak to standard output, on a line of its own.
-    void print();
+    VXS_INTERNAL void print();
 
     // Bin, from 0.
     std::int32_t frequency;
@@ -182,8 +185,8 @@ struct Peak {
 class VXLandmarkExtract
 {
 public:
-    // Takes a copy of the parameters.
-    VXS_API explicit VXLandmarkExtract(VXExtractParams newParams);
+    // Takes a copy of the parameters, which convert: they are all that makes an extractor.
+    VXS_API VXLandmarkExtract(VXExtractParams newParams);
     VXS_API ~VXLandmarkExtract();
     VXLandmarkExtract(const VXLandmarkExtract&) = delete;
     VXLandmarkExtract& operator=(const VXLandmarkExtract&) = delete;

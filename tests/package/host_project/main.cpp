@@ -191,6 +191,38 @@ void checkReader(VXS::VXLandmarkExtract& extractor, const std::string& folder)
     }
 }
 
+// Records stand for what is made of them.
+VXS::VXLandmarkExtract extractorOf(const VXS::VXExtractParams& params)
+{
+    return params;
+}
+
+VXS::VXClusterSync syncOf(const VXS::VXClusterSyncParams& params)
+{
+    return params;
+}
+
+void checkConversions(const VXS::VXExtractParams& params)
+{
+    VXS::VXLandmarkExtract extractor = extractorOf(params);
+    NoiseSource source(0);
+    delete extractor.run(&source, 1);
+
+    const VXS::VXClusterSyncParams syncParams = params;
+    VXS::VXClusterSync sync = syncOf(syncParams);
+    VXS::VXFile* file = new VXS::VXFile(7);
+    VXS::VXFileSet fileSet;
+    fileSet.addFile(file);
+    VXS::VXClusterResult* result = sync.run(&fileSet, nullptr);
+    expect(result->size() == 1, "a group of one");
+    deleteResult(result);
+
+    const VXS::VXFile numbered = 8;
+    expect(numbered.getFileID() == 8, "a file by its id");
+    const VXS::array<float> square = {2, 2, 1};
+    expect(square.count() == 4, "an array by its dimensions");
+}
+
 // The stages that a host may call alone.
 void checkStages(VXS::VXLandmarkExtract& extractor)
 {
@@ -226,6 +258,7 @@ int main(int argc, char** argv)
     checkParameters();
     const VXS::VXExtractParams params;
     VXS::VXLandmarkExtract extractor(params);
+    checkConversions(params);
     checkStages(extractor);
     checkHeader(argv[2]);
     checkReader(extractor, folder);
