@@ -10,7 +10,7 @@
 #include <cstring>
 #include <string>
 
-#include "VXLandmarkExtract.h"
+#include "VXMath.h"
 
 namespace
 {
@@ -58,7 +58,7 @@ int main(int argc, char** argv)
     for (std::uint64_t pattern = 0; pattern < patterns; pattern += stride) {
         const auto bits = static_cast<std::uint32_t>(pattern);
         const float number = floatOf(bits);
-        const float own = VXS::VXLandmarkExtract::naturalLogarithm(number);
+        const float own = VXS::naturalLogarithm(number);
         const float expected = logf(number);
         ++compared;
         if (areSame(own, expected)) continue;

@@ -36,6 +36,7 @@ private:
     std::uint32_t minLandmarksPerEstimate;
     float audioFramesPerSecond;
     std::uint32_t hopSize;
+    // Nothing reads it; hosts compile in the size of this class, so it stays as long as that does.
     std::uint32_t sampleRate;
 };
 

@@ -64,7 +64,7 @@ unsigned int VXExtractParams::getMaxPairsPerPeak()
 bool VXExtractParams::setMaxPairsPerPeak(unsigned int newMaxPairsPerPeak)
 {
     // Looks at the value held and not at the new one: a limit of 0 is taken once and then locks the
-    // field, which hosts rely on to pin a record.
+    // field, so that a record can be pinned before it is handed on.
     if (maxPairsPerPeak == 0u) return false;
     maxPairsPerPeak = newMaxPairsPerPeak;
     return true;

@@ -45,6 +45,8 @@ public:
 private:
     friend class VXLandmarkExtract;
 
+    // Bins on either side of an anchor. It keeps no pair apart, since what is compared with it is
+    // the anchor's own bin; a test of the neighbour's would give other keys.
     std::uint32_t frequencyRange;
     std::uint32_t timeRange;
     std::uint32_t initialFrames;

@@ -73,7 +73,8 @@ void VXFile::computeCLF()
         total += static_cast<std::int64_t>(frame->second.size());
         ++frame;
         // A count that stands from an earlier computation stays, also where landmarks were added
-        // since: overwriting it would change the counts that a merge has already been built on.
+        // since: a question asked before and again is answered alike, and only frames outside of
+        // the earlier span get new counts.
         if (count == clf.end() || count->first != t) count = clf.emplace_hint(count, t, total);
         ++count;
     }

@@ -46,6 +46,8 @@ public:
 
 private:
     std::map<std::int64_t, VXFile*> files;
+    // The id last given to addFile, also of a file that was not kept. Nothing reads it; hosts
+    // compile in the size of this class, so it stays as long as that does.
     std::int64_t lastFileID = 0;
 };
 

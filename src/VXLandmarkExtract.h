@@ -254,10 +254,6 @@ private:
     struct SlidingFrame;
     struct Spectrum;
 
-    // The natural logarithm in single precision, the same on every platform.
-    static float naturalLogarithm(float number);
-    static float levelOf(float magnitude);
-
     void clearFrames();
     std::int32_t binCount() const;
     std::uint32_t countFrames(std::uint32_t samples) const;
@@ -281,6 +277,8 @@ private:
     std::vector<std::vector<Peak*>*>* frames;
     // Mask in dB by distance in bins.
     std::vector<float> maskShape;
+    // Nothing adds to it, and what it holds is freed with the extractor. Hosts compile in the size
+    // of this class, so it stays as long as that does.
     std::vector<Peak*> spentPeaks;
 };
 

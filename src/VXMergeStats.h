@@ -27,6 +27,8 @@ public:
     // Fractions of 1, in spite of their names.
     float percentMatchA;
     float percentMatchB;
+    // What the shares were worked out from. The decision does not read them; they tell whoever
+    // looks at a record why its shares are what they are.
     float landmarksInOverlapA;
     float landmarksInOverlapB;
     float templateMatchLength;
@@ -34,8 +36,9 @@ public:
     float stdDevCount;
     bool merged;
     float bestOffset;
-    // Borrowed. It dangles once the histogram set is freed, which is before the merge decision, so
-    // nothing after the evaluation may follow it.
+    // Borrowed, and read by nobody: it tells whoever looks at a record where its numbers are from
+    // while they are worked out. It dangles once the histogram set is freed, which is before the
+    // merge decision, so nothing after the evaluation may follow it.
     VXHistogram* histogram;
 };
 

@@ -284,9 +284,11 @@ void VXMergeStatsSetProcessor::addToResult(const VXClusterInternal& cluster,
     for (const auto& offsets : cluster.getCluster()) {
         for (const auto& entry : offsets) {
             auto member = std::make_unique<VXClusterMember>();
+            // No open task: the set of files has the names, and VXClusterSync::run puts them in. A
+            // member that shows this word has been through no naming.
             member->name = "TODO";
-            // Hosts know ids of 32 bits here: a wider one comes out cut, and of two that agree in
-            // their low half the lower one stays.
+            // A member tells an id by its low 32 bits: a wider one comes out cut, and of two that
+            // agree in that half the lower one stays, since members are told apart by it.
             member->fileID = static_cast<std::int32_t>(static_cast<std::uint32_t>(entry.first));
             member->offsetSeconds = entry.second / audioFramesPerSecond;
             if (members->insert(member.get()).second) member.release();

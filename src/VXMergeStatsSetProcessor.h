@@ -110,6 +110,8 @@ private:
     float minTemplateMatchLengthInSeconds;
     float minOverlapLengthInSeconds;
     float minPercentMatch;
+    // Kept with the rest of the parameters. Nothing reads it: offsets become seconds by the rate of
+    // the frames alone.
     std::uint32_t hopSize;
 };
 

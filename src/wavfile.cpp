@@ -204,8 +204,9 @@ void wavfile_t::readHeader()
     readBuffer.resize(std::max(readBufferBytes, frameBytes));
 }
 
-// Leaves the stream behind the id. The pad byte of a chunk of odd size is not skipped: files that
-// lack it are more common here than files that have it.
+// Leaves the stream behind the id. The pad byte of a chunk of odd size is not skipped: nothing in
+// the file tells whether its writer added one, so the sizes are taken at their word. A file with
+// pad bytes loses step with its chunks, and the walk fails or finds nothing.
 void wavfile_t::findChunk(const char* id)
 {
     while (stream.good()) {
@@ -237,8 +238,9 @@ bool wavfile_t::read_mono<float>(array<float>& block)
 
     const auto wanted = static_cast<std::size_t>(count);
     const auto frameSamples = static_cast<std::size_t>(channels);
-    // 8-bit samples are taken as signed although the format stores them with an offset of 128: the
-    // landmarks of 8-bit recordings are what they are because of it.
+    // 8-bit samples are taken as signed although the format stores them with an offset of 128, so
+    // that their values wrap around. Another reading would give the same file other keys, and
+    // landmarks made before and after the change would no longer meet.
     if (bitsPerSample == 8) {
         readSamples<std::int8_t>(stream, readBuffer, frameSamples, block.data, wanted);
     } else if (bitsPerSample == 16) {
@@ -278,7 +280,8 @@ void wavfile_t::finishHeader()
 {
     stream.seekp(0, std::ios::end);
     const auto end = static_cast<std::fstream::off_type>(stream.tellp());
-    // Four more than the RIFF rule asks for; readers of these files expect it.
+    // Of all that follows the first id, this size itself included, which is four more than the RIFF
+    // rule asks for. The size of the data, worked out from it, is exact.
     const auto size = static_cast<std::uint32_t>(end - 4);
     stream.seekp(4, std::ios::beg);
     writeField(stream, size);
