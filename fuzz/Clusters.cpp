@@ -7,6 +7,7 @@
 
 #include "Comparison.h"
 #include "Harness.h"
+#include "support/Bits.h"
 
 namespace fuzz
 {
@@ -214,7 +215,7 @@ void requireSameClusters(const VXS::VXClusterResult& library, const std::vector<
         auto member = clusters[i].begin();
         for (const auto& [id, seconds] : expected[i]) {
             require(member->first == id, "the twin's members");
-            require(sameFloat(member->second, seconds), "the twin's seconds");
+            require(support::sameBits(member->second, seconds), "the twin's seconds");
             ++member;
         }
     }

@@ -161,30 +161,4 @@ std::uint32_t affordableClaim(const plain::Parameters& parameters)
     return static_cast<std::uint32_t>(frames * parameters.hopSize);
 }
 
-bool LibrarySource::read_mono(VXS::array<float>& block)
-{
-    if (blockSize > 0) {
-        block.resize(static_cast<std::int32_t>(blockSize), 1, 1);
-        std::fill(block.data, block.data + block.count(), 0.0f);
-    }
-    for (std::int32_t i = 0; i < block.count() && position < samples.size(); ++i) {
-        block.data[i] = samples[position++];
-    }
-    return true;
-}
-
-bool LibrarySource::rewind()
-{
-    position = 0;
-    return true;
-}
-
-void PlainSource::read(std::vector<float>& block)
-{
-    if (blockSize > 0) block.assign(blockSize, 0.0f);
-    for (std::size_t i = 0; i < block.size() && position < samples.size(); ++i) {
-        block[i] = samples[position++];
-    }
-}
-
 } // namespace fuzz

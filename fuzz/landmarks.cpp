@@ -33,13 +33,14 @@
 #include "plain/Histograms.h"
 #include "plain/Recording.h"
 #include "property/Bins.h"
+#include "support/Bits.h"
+#include "support/twin/Job.h"
 
 namespace
 {
 
 using fuzz::Bytes;
 using fuzz::require;
-using fuzz::sameFloat;
 
 constexpr std::uint32_t mostFiles = 12;
 constexpr std::size_t mostLandmarks = 600;
@@ -60,17 +61,11 @@ public:
     std::vector<float> fractions;
 };
 
-// The same recordings for the library and for the twin, as the input says.
-class Job
+// Recordings as the input says.
+class Job : public twins::Job
 {
 public:
     Job(Bytes& bytes, bool isSparse);
-
-    // The twin's landmark of each of the library's.
-    std::map<const VXS::VXLandmark*, const plain::Landmark*> twins();
-
-    VXS::VXFileSet fileSet;
-    plain::RecordingSet recordings;
 
 private:
     struct File {
@@ -79,20 +74,15 @@ private:
         std::vector<std::pair<std::int32_t, std::uint32_t>> added;
     };
 
-    void addFile(Bytes& bytes, std::size_t index);
+    void addFileOf(Bytes& bytes, std::size_t index);
     void addRun(Bytes& bytes);
     void addCopy(Bytes& bytes);
-    void addStray(Bytes& bytes);
-    void countUp(const File& file);
+    void addStrayOf(Bytes& bytes);
     void add(File& file, std::int32_t frame, std::uint32_t key, std::optional<std::int64_t> owner);
-    VXS::VXFile* ownerFile(const std::optional<std::int64_t>& owner);
     File& anyFile(Bytes& bytes);
     static std::uint32_t keyOf(std::uint32_t number);
 
     std::vector<File> files;
-    std::vector<std::unique_ptr<plain::Recording>> owned;
-    // Named by landmarks, and not in the set.
-    std::map<std::int64_t, std::unique_ptr<VXS::VXFile>> outsiders;
     std::size_t landmarks = 0;
     std::int32_t frameStep;
     bool hasStrays;
@@ -105,7 +95,7 @@ Job::Job(Bytes& bytes, bool isSparse)
 {
     const std::size_t count = 1 + bytes.below(mostFiles) % (isSparse ? mostSparseFiles : mostFiles);
     for (std::size_t i = 0; i < count; ++i)
-        addFile(bytes, i);
+        addFileOf(bytes, i);
     while (!bytes.empty() && landmarks < mostLandmarks) {
         switch (bytes.below(8)) {
         case 0:
@@ -124,11 +114,15 @@ Job::Job(Bytes& bytes, bool isSparse)
             addCopy(bytes);
             break;
         case 6:
-            addStray(bytes);
+            addStrayOf(bytes);
             break;
-        default:
-            countUp(anyFile(bytes));
+        default: {
+            // Counts that are made before the last landmark is there stay as they are for the
+            // frames that they cover.
+            const File& file = anyFile(bytes);
+            if (frameStep == 1) countUp(file.id);
             break;
+        }
         }
     }
 }
@@ -145,7 +139,7 @@ Job::File& Job::anyFile(Bytes& bytes)
     return files[bytes.below(static_cast<std::uint32_t>(files.size()))];
 }
 
-void Job::addFile(Bytes& bytes, std::size_t index)
+void Job::addFileOf(Bytes& bytes, std::size_t index)
 {
     constexpr std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
     constexpr std::int32_t highest = std::numeric_limits<std::int32_t>::max();
@@ -164,7 +158,7 @@ void Job::addFile(Bytes& bytes, std::size_t index)
         break;
     case 7:
         // An entry without a file.
-        if (fileSet.getFiles().emplace(number, nullptr).second) recordings[number] = nullptr;
+        if (recordings.count(number) == 0) addNothing(number);
         if (!files.empty()) return;
         id = -1;
         break;
@@ -174,18 +168,9 @@ void Job::addFile(Bytes& bytes, std::size_t index)
     if (recordings.count(id) != 0) return;
     const std::int32_t base =
         bytes.pick({0, 0, 0, -100, 1 << 24, lowest, highest - mostFrames * frameStep});
-    fileSet.addFile(new VXS::VXFile(id));
+    addFile(id);
     if (bytes.oneIn(2)) fileSet.idToName[id] = std::to_string(id);
-    owned.push_back(std::make_unique<plain::Recording>(id));
-    recordings[id] = owned.back().get();
     files.push_back({id, hasStrays && !files.empty() ? files.front().base : base, {}});
-}
-
-VXS::VXFile* Job::ownerFile(const std::optional<std::int64_t>& owner)
-{
-    if (!owner) return nullptr;
-    const auto outsider = outsiders.find(*owner);
-    return outsider == outsiders.end() ? fileSet.getFiles().at(*owner) : outsider->second.get();
 }
 
 void Job::add(File& file, std::int32_t frame, std::uint32_t key, std::optional<std::int64_t> owner)
@@ -195,8 +180,7 @@ void Job::add(File& file, std::int32_t frame, std::uint32_t key, std::optional<s
     const std::int32_t within = std::min(std::max(frame, 0), mostFrames - 1);
     const std::int32_t offset = file.base + within * frameStep;
     file.added.emplace_back(within, key);
-    fileSet.getFiles().at(file.id)->addLandmark(new VXS::VXLandmark(offset, ownerFile(owner), key));
-    recordings.at(file.id)->add({offset, key, owner.value_or(0), owner.has_value()});
+    addStray(file.id, offset, key, owner);
 }
 
 // One sound after the other.
@@ -229,7 +213,7 @@ void Job::addCopy(Bytes& bytes)
 }
 
 // A landmark that names no file, another one of the set, or one outside of it.
-void Job::addStray(Bytes& bytes)
+void Job::addStrayOf(Bytes& bytes)
 {
     File& file = anyFile(bytes);
     const std::int32_t frame = bytes.between(0, mostFrames - 1);
@@ -240,35 +224,10 @@ void Job::addStray(Bytes& bytes)
     if (kind == 2 && hasStrays) {
         const std::int64_t id = 1000 + bytes.below(3);
         if (fileSet.getFiles().count(id) != 0) return;
-        if (outsiders.count(id) == 0) outsiders[id] = std::make_unique<VXS::VXFile>(id);
+        addOutsider(id);
         owner = id;
     }
     add(file, frame, key, owner);
-}
-
-// Counts that are made before the last landmark is there stay as they are for the frames that they
-// cover.
-void Job::countUp(const File& file)
-{
-    if (frameStep > 1) return;
-    fileSet.getFiles().at(file.id)->computeCLF();
-    recordings.at(file.id)->countUp();
-}
-
-std::map<const VXS::VXLandmark*, const plain::Landmark*> Job::twins()
-{
-    std::map<const VXS::VXLandmark*, const plain::Landmark*> pairs;
-    for (const auto& [id, recording] : recordings) {
-        if (recording == nullptr) continue;
-        const auto& ownFrames = fileSet.getFiles().at(id)->getLandmarkMap();
-        for (const auto& [frame, list] : recording->landmarks) {
-            const auto& own = ownFrames.at(frame);
-            require(own.size() == list.size(), "as many landmarks in each frame as were added");
-            for (std::size_t i = 0; i < list.size(); ++i)
-                pairs[own[i]] = &list[i];
-        }
-    }
-    return pairs;
 }
 
 void compareHistograms(Job& job, const VXS::VXHistogramSet& library,
@@ -289,7 +248,8 @@ void compareHistograms(Job& job, const VXS::VXHistogramSet& library,
         require(bin == entry->second->end(), "an end behind the last bin");
         const plain::BestBin best = plain::bestBin(histogram);
         require(entry->second->bestBin().offset == best.offset, "the twin's best offset");
-        require(sameFloat(entry->second->bestBin().votes, best.count), "the twin's best count");
+        require(support::sameBits(entry->second->bestBin().votes, best.count),
+                "the twin's best count");
         const VXS::VXHistogram::Ends ends = entry->second->endsOf(best.offset);
         const auto& votes = histogram.at(best.offset);
         require(twins[ends.least] == property::least(votes), "the twin's least vote");
@@ -307,19 +267,19 @@ void compareRecords(const VXS::VXMergeStatsSet& library,
         require(entry->first == pair, "records of the twin's pairs");
         const VXS::VXMergeStats& record = *entry->second;
         require(record.fileA == expected.fileA && record.fileB == expected.fileB, "the pair's ids");
-        require(sameFloat(record.peakCount, expected.peakCount), "peakCount");
-        require(sameFloat(record.overlapLength, expected.overlapLength), "overlapLength");
-        require(sameFloat(record.percentMatchA, expected.percentMatchA), "percentMatchA");
-        require(sameFloat(record.percentMatchB, expected.percentMatchB), "percentMatchB");
-        require(sameFloat(record.landmarksInOverlapA, expected.landmarksInOverlapA),
+        require(support::sameBits(record.peakCount, expected.peakCount), "peakCount");
+        require(support::sameBits(record.overlapLength, expected.overlapLength), "overlapLength");
+        require(support::sameBits(record.percentMatchA, expected.percentMatchA), "percentMatchA");
+        require(support::sameBits(record.percentMatchB, expected.percentMatchB), "percentMatchB");
+        require(support::sameBits(record.landmarksInOverlapA, expected.landmarksInOverlapA),
                 "landmarksInOverlapA");
-        require(sameFloat(record.landmarksInOverlapB, expected.landmarksInOverlapB),
+        require(support::sameBits(record.landmarksInOverlapB, expected.landmarksInOverlapB),
                 "landmarksInOverlapB");
-        require(sameFloat(record.templateMatchLength, expected.templateMatchLength),
+        require(support::sameBits(record.templateMatchLength, expected.templateMatchLength),
                 "templateMatchLength");
-        require(sameFloat(record.meanCount, expected.meanCount), "meanCount");
-        require(sameFloat(record.stdDevCount, expected.stdDevCount), "stdDevCount");
-        require(sameFloat(record.bestOffset, expected.bestOffset), "bestOffset");
+        require(support::sameBits(record.meanCount, expected.meanCount), "meanCount");
+        require(support::sameBits(record.stdDevCount, expected.stdDevCount), "stdDevCount");
+        require(support::sameBits(record.bestOffset, expected.bestOffset), "bestOffset");
         require(!record.merged, "no pair accepted before the decision");
         ++entry;
     }
@@ -398,9 +358,11 @@ void compareOverlap(Job& job, Bytes& bytes)
     const float length = VXS::VXHistogramSetProcessor().proposedOverlapRegion(
         job.fileSet.getFiles().at(first), job.fileSet.getFiles().at(second), offset, countFirst,
         countSecond);
-    require(sameFloat(length, expected), "the twin's overlap");
-    require(sameFloat(countFirst, expectedFirst), "the twin's count in the first recording");
-    require(sameFloat(countSecond, expectedSecond), "the twin's count in the second recording");
+    require(support::sameBits(length, expected), "the twin's overlap");
+    require(support::sameBits(countFirst, expectedFirst),
+            "the twin's count in the first recording");
+    require(support::sameBits(countSecond, expectedSecond),
+            "the twin's count in the second recording");
 }
 
 void compareRun(Job& job, const VXS::VXClusterSyncParams& params)

@@ -14,14 +14,17 @@
 #include "Sound.h"
 #include "VXFile.h"
 #include "VXLandmarkExtract.h"
+#include "support/SignalInput.h"
+#include "support/twin/Comparison.h"
+#include "support/twin/Source.h"
 
 namespace
 {
 
 using fuzz::Bytes;
-using fuzz::LibrarySource;
 using fuzz::require;
 using fuzz::Samples;
+using signals::SignalInput;
 
 constexpr std::int64_t fileID = -7;
 constexpr std::size_t mostSamples = 8000;
@@ -46,31 +49,33 @@ struct Misdeed {
     std::int16_t blockSize;
 };
 
-class MisbehavingSource : public VXS::VXInput
+// Makes a source do it.
+class Misbehaviour
 {
 public:
-    MisbehavingSource(const Samples& samples, std::uint32_t newClaim, const Misdeed& newMisdeed,
-                      VXS::VXLandmarkExtract& newExtractor)
-        : source(samples, newClaim), claim(newClaim), misdeed(newMisdeed), extractor(newExtractor)
+    Misbehaviour(SignalInput& newSource, const Misdeed& newMisdeed,
+                 VXS::VXLandmarkExtract& newExtractor)
+        : source(newSource), misdeed(newMisdeed), extractor(newExtractor)
     {
+        source.onGetFrames = [this] { return claim(); };
+        source.onRead = [this](VXS::array<float>& block) { return read(block); };
+        source.onRewind = [this] { return rewind(); };
     }
 
-    unsigned int getFrames() override
+private:
+    unsigned int claim()
     {
         if (misdeed.kind == 0) throw HostFailure();
-        if (misdeed.kind == 1) {
-            ++claim;
-            return claim;
-        }
-        return source.getFrames();
+        if (misdeed.kind == 1) ++source.claimedFrames;
+        return source.claimedFrames;
     }
 
-    bool read_mono(VXS::array<float>& block) override
+    bool read(VXS::array<float>& block)
     {
         const bool isTime =
             misdeed.isRepeated ? calls >= misdeed.callsBefore : calls == misdeed.callsBefore;
         ++calls;
-        if (!isTime) return source.read_mono(block);
+        if (!isTime) return source.deliver(block);
         switch (misdeed.kind) {
         case 2:
             throw HostFailure();
@@ -81,13 +86,13 @@ public:
             return false;
         case 5:
             block.resize(2, 3, 5);
-            return source.read_mono(block);
+            return source.deliver(block);
         case 6:
             shrinkToNothing(block);
             return true;
         case 7:
             runAnother();
-            return source.read_mono(block);
+            return source.deliver(block);
         case 8:
             return false;
         case 11:
@@ -95,20 +100,19 @@ public:
             return false;
         case 10:
             runTheSame();
-            return source.read_mono(block);
+            return source.deliver(block);
         default:
-            source.read_mono(block);
+            source.deliver(block);
             return false;
         }
     }
 
-    bool rewind() override
+    bool rewind()
     {
         if (misdeed.kind == 9) throw HostFailure();
-        return source.rewind() && misdeed.kind != 8;
+        return source.goBack() && misdeed.kind != 8;
     }
 
-private:
     // Leaves dimensions without a block, which the host overlooks.
     static void shrinkToNothing(VXS::array<float>& block)
     {
@@ -132,7 +136,7 @@ private:
     void runAnother()
     {
         const Samples silence(64, 0.0f);
-        LibrarySource other(silence, 6000);
+        SignalInput other(silence, 6000);
         VXS::VXLandmarkExtract inner{VXS::VXExtractParams()};
         const std::unique_ptr<VXS::VXFile> file(inner.run(&other, 1));
         require(file->getLandmarkMap().empty(), "no landmarks of silence");
@@ -142,13 +146,12 @@ private:
     void runTheSame()
     {
         const Samples click(64, 0.5f);
-        LibrarySource other(click, 64);
+        SignalInput other(click, 64);
         const std::unique_ptr<VXS::VXFile> file(extractor.run(&other, 2));
         require(file != nullptr, "a file from every run");
     }
 
-    LibrarySource source;
-    std::uint32_t claim;
+    SignalInput& source;
     Misdeed misdeed;
     VXS::VXLandmarkExtract& extractor;
     std::uint32_t calls = 0;
@@ -157,7 +160,8 @@ private:
 void runMisbehaving(VXS::VXLandmarkExtract& extractor, const Samples& samples, std::uint32_t claim,
                     const Misdeed& misdeed)
 {
-    MisbehavingSource source(samples, claim, misdeed, extractor);
+    SignalInput source(samples, claim);
+    const Misbehaviour misbehaviour(source, misdeed, extractor);
     try {
         const std::unique_ptr<VXS::VXFile> file(extractor.run(&source, fileID));
         require(file != nullptr, "a file from every run");
@@ -185,7 +189,7 @@ void runOversized(Bytes& bytes)
     VXS::VXLandmarkExtract extractor(params);
     const Samples samples = fuzz::soundOf(bytes, 100);
     for (int i = 0; i < 2; ++i) {
-        LibrarySource source(samples, claim);
+        SignalInput source(samples, claim);
         try {
             const std::unique_ptr<VXS::VXFile> file(extractor.run(&source, fileID));
             require(file->getLandmarkMap().empty(), "no landmarks of so few frames");
@@ -231,15 +235,16 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     const Samples samples = fuzz::soundOf(bytes, mostSamples);
     const std::uint32_t claim = claims.of(samples.size(), fuzz::affordableClaim(parameters));
 
-    VXS::VXLandmarkExtract extractor(fuzz::toLibrary(parameters));
+    VXS::VXLandmarkExtract extractor(twins::toLibrary(parameters));
     if (isMisbehaving) runMisbehaving(extractor, samples, claim, misdeed);
 
     plain::Extractor twin(parameters);
     plain::Recording recording(fileID);
-    fuzz::PlainSource plainSource(samples, claim, blockSize);
+    twins::Source plainSource(samples, claim, blockSize);
     twin.run(plainSource, recording);
 
-    LibrarySource source(samples, claim, blockSize);
+    SignalInput source(samples, claim);
+    if (blockSize > 0) source.resizeBlocks(static_cast<std::int32_t>(blockSize));
     const std::unique_ptr<VXS::VXFile> file(extractor.run(&source, fileID));
     fuzz::requireSamePeaks(extractor, twin);
     fuzz::requireSameLandmarks(*file, recording);

@@ -30,13 +30,15 @@
 #include "VXLandmarkExtract.h"
 #include "VXMergeStats.h"
 #include "VXMergeStatsSetProcessor.h"
+#include "support/SignalInput.h"
+#include "support/twin/Comparison.h"
+#include "support/twin/Source.h"
 #include "wavfile.h"
 
 namespace
 {
 
 using fuzz::Bytes;
-using fuzz::LibrarySource;
 using fuzz::require;
 using fuzz::Samples;
 
@@ -79,7 +81,7 @@ public:
         : parameters(parametersOf(bytes)),
           samples(fuzz::soundOf(bytes, 0x400)),
           claim(static_cast<std::uint32_t>(samples.size())),
-          extractor(fuzz::toLibrary(parameters))
+          extractor(twins::toLibrary(parameters))
     {
     }
 
@@ -125,7 +127,7 @@ void ExtractionStages::findNeighbours(Bytes& bytes)
 
 void ExtractionStages::computeThreshold(Bytes& bytes)
 {
-    LibrarySource source(samples, claim);
+    signals::SignalInput source(samples, claim);
     VXS::array<float> threshold(bytes.between(0, 40));
     std::fill(threshold.data, threshold.data + threshold.count(), 0.0f);
     extractor.computeInitialThreshold(threshold, bytes.oneIn(8) ? nullptr : &source);
@@ -141,7 +143,7 @@ void ExtractionStages::smooth(Bytes& bytes)
 
 void ExtractionStages::operate(Bytes& bytes)
 {
-    LibrarySource source(samples, claim);
+    signals::SignalInput source(samples, claim);
     switch (bytes.below(12)) {
     case 0:
         extractor.setupFFT();
@@ -185,7 +187,7 @@ void ExtractionStages::runAsTwin()
 {
     plain::Extractor twin(parameters);
     plain::Recording recording(5);
-    fuzz::PlainSource plainSource(samples, claim);
+    twins::Source plainSource(samples, claim);
     twin.run(plainSource, recording);
     const std::unique_ptr<VXS::VXFile> extracted(extract(5));
     fuzz::requireSamePeaks(extractor, twin);
@@ -194,7 +196,7 @@ void ExtractionStages::runAsTwin()
 
 VXS::VXFile* ExtractionStages::extract(std::int64_t fileID)
 {
-    LibrarySource source(samples, claim);
+    signals::SignalInput source(samples, claim);
     return extractor.run(&source, fileID);
 }
 

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "Bytes.h"
-#include "Comparison.h"
 #include "Harness.h"
+#include "support/Bits.h"
 #include "vxaccelerate/transform.h"
 
 namespace
@@ -151,7 +151,7 @@ std::vector<float> transformed(const std::vector<float>& samples, const State& s
                                             buffer.get()) == 0,
             "a transform with a state");
 
-    require(fuzz::sameFloats(samples.data(), input.get() + lead, size), "an input that stays");
+    require(support::sameBits(samples.data(), input.get() + lead, size), "an input that stays");
     require(
         std::all_of(output.get(), output.get() + lead, [](float value) { return value == -7.0f; }),
         "nothing written before the output");
@@ -201,11 +201,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     require(output[1] == 0.0f, "an imaginary part of 0 in bin 0");
     compareWithDefinition(samples, output, order);
     const std::vector<float> again = transformed(samples, state, 0, 0);
-    require(fuzz::sameFloats(output.data(), again.data(), output.size()),
+    require(support::sameBits(output.data(), again.data(), output.size()),
             "the same outcome whatever the blocks held and wherever they stand");
     const std::vector<float> silence(samples.size(), 0.0f);
-    require(fuzz::sameFloats(silence.data(), transformed(silence, state, 0, 0xFF).data(),
-                             silence.size()),
+    require(support::sameBits(silence.data(), transformed(silence, state, 0, 0xFF).data(),
+                              silence.size()),
             "silence of plus zeros, also after these samples");
     return 0;
 }

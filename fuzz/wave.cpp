@@ -18,6 +18,8 @@
 #include "VXFile.h"
 #include "VXLandmarkExtract.h"
 #include "plain/Reader.h"
+#include "support/Bits.h"
+#include "support/twin/Comparison.h"
 #include "wavfile.h"
 
 namespace
@@ -89,7 +91,8 @@ void compareReading(VXS::wavfile_t& file, plain::Reader& reader, std::size_t siz
             std::vector<float> expected(blockSize, held);
             require(file.read_mono<float>(block), "a read that answers true");
             reader.read(expected);
-            require(fuzz::sameFloats(block.data, expected.data(), blockSize), "the twin's samples");
+            require(support::sameBits(block.data, expected.data(), blockSize),
+                    "the twin's samples");
         }
         // Of many channels or wide samples the smallest blocks show all that there is to show.
         if (reader.channels > 40) break;
@@ -123,7 +126,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     plain::Parameters parameters = parametersOf(data, size);
     const std::unique_ptr<plain::Reader> reader = openPlain(path);
 
-    VXS::VXExtractParams params = fuzz::toLibrary(parameters);
+    VXS::VXExtractParams params = twins::toLibrary(parameters);
     // Files of any rate are analysed, if it is one that the parameters can name.
     const bool isRateKnown = reader != nullptr && params.setSampleRate(reader->sampleRate);
     const bool isLoaded =

@@ -18,6 +18,7 @@
 #include "VXFile.h"
 #include "VXLandmarkExtract.h"
 #include "VXMergeStatsSetProcessor.h"
+#include "support/SignalInput.h"
 #include "vxaccelerate/transform.h"
 #include "wavfile.h"
 
@@ -26,35 +27,13 @@ namespace
 
 constexpr std::int32_t hop = 256;
 
-// A recording in memory.
-class SamplesInput final : public VXS::VXInput
+std::vector<float> samplesOf(const std::string& path)
 {
-public:
-    explicit SamplesInput(const std::string& path)
-    {
-        VXS::wavfile_t file(path, 8, 0, 0);
-        samples.resize(static_cast<std::int32_t>(file.frames), 1, 1);
-        file.read_mono(samples);
-    }
-
-    unsigned int getFrames() override { return static_cast<unsigned int>(samples.count()); }
-    bool read_mono(VXS::array<float>& block) override
-    {
-        const std::int32_t count = std::min(block.count(), samples.count() - position);
-        std::copy(samples.data + position, samples.data + position + count, block.data);
-        position += count;
-        return true;
-    }
-    bool rewind() override
-    {
-        position = 0;
-        return true;
-    }
-
-private:
-    VXS::array<float> samples;
-    std::int32_t position = 0;
-};
+    VXS::wavfile_t file(path, 8, 0, 0);
+    VXS::array<float> samples(static_cast<std::int32_t>(file.frames));
+    file.read_mono(samples);
+    return std::vector<float>(samples.data, samples.data + samples.count());
+}
 
 struct Extraction {
     double transform = 0.0;
@@ -78,7 +57,7 @@ Extraction extract(const std::string& path)
                 file.read_mono(block);
         });
     }
-    SamplesInput input(path);
+    signals::SignalInput input(samplesOf(path));
     extractor.setupFFT();
     times.find = bench::secondsOf([&] { extractor.findFreqPeaks(&input); });
     times.prune = bench::secondsOf([&] { extractor.prune(); });

@@ -45,14 +45,6 @@ VXS::VXClusterSyncParams smallSyncParams()
     return params;
 }
 
-std::vector<int> as16Bit(const signals::Samples& samples)
-{
-    std::vector<int> result;
-    for (const float sample : samples)
-        result.push_back(static_cast<int>(sample * 32768.0f));
-    return result;
-}
-
 FileSetView viewOf(VXS::VXFileSet& fileSet)
 {
     FileSetView view;

@@ -23,8 +23,6 @@ VXS::VXExtractParams smallParams();
 // Those that belong to them, with a limit on lengths that small jobs reach.
 VXS::VXClusterSyncParams smallSyncParams();
 
-std::vector<int> as16Bit(const signals::Samples& samples);
-
 // Name, path and landmarks by id.
 using FileSetView =
     std::map<std::int64_t, std::tuple<std::string, std::string, std::vector<signals::LandmarkRow>>>;

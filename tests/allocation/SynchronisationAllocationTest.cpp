@@ -419,8 +419,10 @@ TEST(WholeJobAllocation, AHostExtractsAndSynchronisesAgainWithTheSameObjects)
     const signals::Samples sound = signals::noise(7, 4800);
     // 10 frames apart, with 130 in common.
     const std::vector<std::string> paths = {
-        folder.write("first.wav", wave::file16(job::as16Bit({sound.begin(), sound.end() - 320}))),
-        folder.write("second.wav", wave::file16(job::as16Bit({sound.begin() + 320, sound.end()})))};
+        folder.write("first.wav",
+                     wave::file16(signals::as16Bit({sound.begin(), sound.end() - 320}))),
+        folder.write("second.wav",
+                     wave::file16(signals::as16Bit({sound.begin() + 320, sound.end()})))};
     const auto work = [&paths](Host& host) {
         Outcome outcome;
         outcome.fileSet.reset(host.extractor.runAll(paths));

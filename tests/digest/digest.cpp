@@ -23,6 +23,7 @@
 #include <system_error>
 #include <vector>
 
+#include "SignalInput.h"
 #include "VXClusterSync.h"
 #include "VXExtractParams.h"
 #include "VXFile.h"
@@ -287,29 +288,6 @@ void printExampleDigests(std::ostream& out)
     printDigests(out, "examples", paths);
 }
 
-class Samples : public VXS::VXInput
-{
-public:
-    explicit Samples(const std::vector<float>& newSamples) : samples(newSamples) {}
-
-    unsigned int getFrames() override { return static_cast<unsigned int>(samples.size()); }
-    bool read_mono(VXS::array<float>& block) override
-    {
-        for (std::int32_t i = 0; i < block.dim0 && position < samples.size(); ++i)
-            block.data[i] = samples[position++];
-        return true;
-    }
-    bool rewind() override
-    {
-        position = 0;
-        return true;
-    }
-
-private:
-    const std::vector<float>& samples;
-    std::size_t position = 0;
-};
-
 // Any parameters, those that no setter reaches among them, as long as the job stays small.
 VXS::VXExtractParams anyParameters(property::Random& random)
 {
@@ -381,7 +359,7 @@ void printRandomDigests(std::ostream& out)
             const auto begin = event.begin() + static_cast<std::ptrdiff_t>(first);
             std::vector<float> recording(begin, begin + recordingLength);
             if (random.oneIn(3)) spoil(random, recording);
-            Samples input(recording);
+            signals::SignalInput input(recording);
             fileSet.addFile(extractor.run(&input, id));
         }
         group.add(fileSet, params);

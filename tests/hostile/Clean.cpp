@@ -6,52 +6,21 @@
 
 #include "VXFile.h"
 #include "plain/Extractor.h"
+#include "twin/Comparison.h"
+#include "twin/Source.h"
 
 namespace hostile
 {
 
-namespace
-{
-
-plain::Parameters toTwin(const VXS::VXExtractParams& params)
-{
-    plain::Parameters parameters;
-    parameters.frequencyRange = params.frequencyRange;
-    parameters.timeRange = params.timeRange;
-    parameters.initialFrames = params.initialFrames;
-    parameters.maxPeaksPerFrame = params.maxPeaksPerFrame;
-    parameters.maskHeight = params.maskHeight;
-    parameters.peakFloor = params.peakFloor;
-    parameters.thresholdDecay = params.thresholdDecay;
-    parameters.maskWidth = params.maskWidth;
-    parameters.fftSize = params.fftSize;
-    parameters.hopSize = params.hopSize;
-    parameters.sampleRate = params.sampleRate;
-    parameters.maxPairsPerPeak = params.maxPairsPerPeak;
-    return parameters;
-}
-
-} // namespace
-
 const std::vector<int>& cleanSamples16()
 {
-    static const std::vector<int> samples = [] {
-        std::vector<int> result;
-        for (const float sample : signals::noise(7, cleanCount))
-            result.push_back(static_cast<int>(sample * 32768.0f));
-        return result;
-    }();
+    static const std::vector<int> samples = signals::as16Bit(signals::noise(7, cleanCount));
     return samples;
 }
 
 const Samples& cleanSamples()
 {
-    static const Samples samples = [] {
-        Samples result;
-        for (const int sample : cleanSamples16())
-            result.push_back(static_cast<float>(sample) / 32768.0f);
-        return result;
-    }();
+    static const Samples samples = signals::asRead(cleanSamples16());
     return samples;
 }
 
@@ -63,7 +32,7 @@ wave::Bytes cleanFile()
 const Landmarks& cleanLandmarks()
 {
     static const Landmarks landmarks = [] {
-        TwinSource source(cleanSamples(), cleanCount);
+        twins::Source source(cleanSamples(), cleanCount);
         return twinLandmarks(VXS::VXExtractParams(), source);
     }();
     return landmarks;
@@ -72,7 +41,7 @@ const Landmarks& cleanLandmarks()
 Landmarks twinLandmarks(const VXS::VXExtractParams& params, plain::Source& source)
 {
     plain::Recording recording(1);
-    plain::Extractor(toTwin(params)).run(source, recording);
+    plain::Extractor(twins::toPlain(params)).run(source, recording);
     Landmarks rows;
     for (const auto& frame : recording.landmarks) {
         for (const plain::Landmark& landmark : frame.second)
@@ -81,16 +50,10 @@ Landmarks twinLandmarks(const VXS::VXExtractParams& params, plain::Source& sourc
     return rows;
 }
 
-void TwinSource::read(std::vector<float>& block)
-{
-    for (std::size_t i = 0; i < block.size() && position < samples.size(); ++i)
-        block[i] = samples[position++];
-}
-
 void expectUsable(VXS::VXLandmarkExtract& extractor)
 {
     signals::SignalInput input(cleanSamples());
-    TwinSource twin(cleanSamples(), cleanCount);
+    twins::Source twin(cleanSamples(), cleanCount);
     const std::unique_ptr<VXS::VXFile> file(extractor.run(&input, 1));
 
     ASSERT_NE(nullptr, file);

@@ -30,25 +30,6 @@ const Landmarks& cleanLandmarks();
 // The slow and plain twin of the extractor over the same parameters.
 Landmarks twinLandmarks(const VXS::VXExtractParams& params, plain::Source& source);
 
-// Samples in memory for the twin. What it claims need not be what it has.
-class TwinSource : public plain::Source
-{
-public:
-    TwinSource(const Samples& newSamples, std::uint32_t newClaim)
-        : samples(newSamples), claim(newClaim)
-    {
-    }
-
-    std::uint32_t frames() override { return claim; }
-    void read(std::vector<float>& block) override;
-    void rewind() override { position = 0; }
-
-private:
-    const Samples& samples;
-    std::uint32_t claim;
-    std::size_t position = 0;
-};
-
 // Nothing that came before may show in what an extractor makes of sound input.
 void expectUsable(VXS::VXLandmarkExtract& extractor);
 

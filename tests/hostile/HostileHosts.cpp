@@ -15,10 +15,12 @@
 #include "Console.h"
 #include "Landmarks.h"
 #include "Limits.h"
+#include "Rows.h"
 #include "VXClusterSync.h"
 #include "VXFile.h"
 #include "VXFileSet.h"
 #include "VXLandmarkExtract.h"
+#include "twin/Source.h"
 
 // Hosts whose sources and progress do what no source and no progress should.
 
@@ -47,24 +49,8 @@ std::string nameOf(const testing::TestParamInfo<AnyRow>& row)
     return row.param.name;
 }
 
-// The clean sound, from a source of which each operation can be replaced.
-class Source : public VXS::VXInput
-{
-public:
-    unsigned int getFrames() override { return onGetFrames ? onGetFrames() : input.getFrames(); }
-    bool read_mono(Block& block) override
-    {
-        ++reads;
-        return onRead ? onRead(block) : input.read_mono(block);
-    }
-    bool rewind() override { return onRewind ? onRewind() : input.rewind(); }
-
-    signals::SignalInput input{hostile::cleanSamples()};
-    int reads = 0;
-    std::function<unsigned int()> onGetFrames;
-    std::function<bool(Block&)> onRead;
-    std::function<bool()> onRewind;
-};
+// The clean sound, of which a row spoils an operation.
+using Source = signals::SignalInput;
 
 struct SourceRow {
     std::string name;
@@ -88,7 +74,7 @@ Landmarks nothing()
 
 Landmarks twinOf(const Samples& samples, std::uint32_t claim)
 {
-    hostile::TwinSource twin(samples, claim);
+    twins::Source twin(samples, claim);
     return hostile::twinLandmarks(VXExtractParams(), twin);
 }
 
@@ -123,30 +109,8 @@ std::function<void(Source&, VXLandmarkExtract&)> claiming(std::uint32_t claim)
 // Resizes each block before it is filled.
 std::function<void(Source&, VXLandmarkExtract&)> resizing(std::int32_t dim0, std::int32_t dim1)
 {
-    return [dim0, dim1](Source& source, VXLandmarkExtract&) {
-        source.onRead = [&source, dim0, dim1](Block& block) {
-            block.resize(dim0, dim1, 1);
-            std::fill(block.data, block.data + block.count(), 0.0f);
-            Block flat(block.count());
-            std::fill(flat.data, flat.data + flat.count(), 0.0f);
-            source.input.read_mono(flat);
-            std::copy(flat.data, flat.data + flat.count(), block.data);
-            return true;
-        };
-    };
+    return [dim0, dim1](Source& source, VXLandmarkExtract&) { source.resizeBlocks(dim0, dim1); };
 }
-
-// Works the second source of a twin: goes on where it stands instead of beginning anew.
-class UnwoundTwin : public plain::Source
-{
-public:
-    std::uint32_t frames() override { return hostile::cleanCount; }
-    void read(std::vector<float>& block) override { twin.read(block); }
-    void rewind() override {}
-
-private:
-    hostile::TwinSource twin{hostile::cleanSamples(), hostile::cleanCount};
-};
 
 // Runs another extractor, and expects it to be undisturbed.
 void runAnother()
@@ -155,15 +119,21 @@ void runAnother()
     hostile::expectUsable(another);
 }
 
-std::vector<SourceRow> sourceRows()
+using Extractor = VXLandmarkExtract;
+
+Landmarks clean()
 {
-    using Extractor = VXLandmarkExtract;
-    const auto clean = [] { return hostile::cleanLandmarks(); };
+    return hostile::cleanLandmarks();
+}
+
+// What it answers and writes.
+std::vector<SourceRow> answerRows()
+{
     return {
         {"AllAnswersFalse",
          [](Source& source, Extractor&) {
-             source.onRead = [&source](Block& block) { return !source.input.read_mono(block); };
-             source.onRewind = [&source] { return !source.input.rewind(); };
+             source.onRead = [&source](Block& block) { return !source.deliver(block); };
+             source.onRewind = [&source] { return !source.goBack(); };
          },
          clean},
         {"WritesNothing",
@@ -173,7 +143,7 @@ std::vector<SourceRow> sourceRows()
         {"WritesOnlyInTheOpening",
          [](Source& source, Extractor&) {
              source.onRead = [&source](Block& block) {
-                 return source.reads > 10 || source.input.read_mono(block);
+                 return source.reads > 10 || source.deliver(block);
              };
          },
          nothing},
@@ -181,10 +151,17 @@ std::vector<SourceRow> sourceRows()
         {"WritesOnlyTheFirstBlockOfEachPass",
          [](Source& source, Extractor&) {
              source.onRead = [&source](Block& block) {
-                 return source.input.position > 0 || source.input.read_mono(block);
+                 return source.position > 0 || source.deliver(block);
              };
          },
          firstOfEach(hostile::cleanCount, hop)},
+    };
+}
+
+// What it says that it has.
+std::vector<SourceRow> claimRows()
+{
+    return {
         {"ClaimsNothing", claiming(0), nothing},
         {"ClaimsOne", claiming(1), nothing},
         // 2303 / 256 is below 9, and 8 + 2 - 1 frames are fewer than the opening ones.
@@ -200,6 +177,13 @@ std::vector<SourceRow> sourceRows()
              };
          },
          clean},
+    };
+}
+
+// What it makes of the block.
+std::vector<SourceRow> blockRows()
+{
+    return {
         {"EmptiesTheBlock", resizing(0, 1), nothing},
         {"ShrinksTheBlockToOne", resizing(1, 1), firstOfEach(1, 1)},
         {"ShrinksTheBlockByOne", resizing(255, 1), firstOfEach(255, 255)},
@@ -221,7 +205,7 @@ std::vector<SourceRow> sourceRows()
              source.onRead = [&source](Block& block) {
                  Block own(block.count());
                  std::fill(own.data, own.data + own.count(), 0.0f);
-                 source.input.read_mono(own);
+                 source.deliver(own);
                  block = own;
                  return true;
              };
@@ -234,23 +218,38 @@ std::vector<SourceRow> sourceRows()
                  if (!block.alias) delete[] block.data;
                  block.data = own->data();
                  block.alias = true;
-                 return source.input.read_mono(block);
+                 return source.deliver(block);
              };
          },
          clean},
+    };
+}
+
+// Where it goes back to.
+std::vector<SourceRow> rewindRows()
+{
+    return {
         {"DoesNotRewind", [](Source& source, Extractor&) { source.onRewind = [] { return true; }; },
          [] {
-             UnwoundTwin twin;
+             twins::Source twin(hostile::cleanSamples(), hostile::cleanCount);
+             twin.rewinds = false;
              return hostile::twinLandmarks(VXExtractParams(), twin);
          }},
         {"RewindsToTheEnd",
          [](Source& source, Extractor&) {
              source.onRewind = [&source] {
-                 source.input.position = source.input.samples.size();
+                 source.position = source.samples.size();
                  return true;
              };
          },
          nothing},
+    };
+}
+
+// What it does with extractors meanwhile.
+std::vector<SourceRow> nestedRows()
+{
+    return {
         {"RunsAnotherExtractorInGetFrames",
          [](Source& source, Extractor&) {
              source.onGetFrames = [] {
@@ -263,7 +262,7 @@ std::vector<SourceRow> sourceRows()
          [](Source& source, Extractor&) {
              source.onRewind = [&source] {
                  runAnother();
-                 return source.input.rewind();
+                 return source.goBack();
              };
          },
          clean},
@@ -271,7 +270,7 @@ std::vector<SourceRow> sourceRows()
          [](Source& source, Extractor&) {
              source.onRead = [&source](Block& block) {
                  runAnother();
-                 return source.input.read_mono(block);
+                 return source.deliver(block);
              };
          },
          clean},
@@ -279,7 +278,7 @@ std::vector<SourceRow> sourceRows()
          [](Source& source, Extractor& extractor) {
              source.onRead = [&source, &extractor](Block& block) {
                  extractor.setupFFT();
-                 return source.input.read_mono(block);
+                 return source.deliver(block);
              };
          },
          clean},
@@ -287,7 +286,7 @@ std::vector<SourceRow> sourceRows()
          [](Source& source, Extractor& extractor) {
              source.onRead = [&source, &extractor](Block& block) {
                  EXPECT_EQ(nullptr, extractor.loadFile("no/such/take.wav"));
-                 return source.input.read_mono(block);
+                 return source.deliver(block);
              };
          },
          clean},
@@ -295,11 +294,17 @@ std::vector<SourceRow> sourceRows()
          [](Source& source, Extractor& extractor) {
              source.onRead = [&source, &extractor](Block& block) {
                  extractor.printPeaks();
-                 return source.input.read_mono(block);
+                 return source.deliver(block);
              };
          },
          clean},
     };
+}
+
+std::vector<SourceRow> sourceRows()
+{
+    return hostile::together<SourceRow>(
+        {answerRows(), claimRows(), blockRows(), rewindRows(), nestedRows()});
 }
 
 // Exceptions of a source.
@@ -357,7 +362,7 @@ std::function<void(Source&)> inRead(int read, const Thrown& thrown)
     return [read, thrown](Source& source) {
         source.onRead = [&source, read, thrown](Block& block) -> bool {
             if (source.reads == read) throw thrown;
-            return source.input.read_mono(block);
+            return source.deliver(block);
         };
     };
 }
@@ -504,7 +509,7 @@ TEST_P(HostileSource, HasItsLandmarks)
     hostile::withinLimits([] {
         const SourceRow& row = GetParam();
         VXLandmarkExtract extractor{VXExtractParams()};
-        Source source;
+        Source source(hostile::cleanSamples());
         row.spoil(source, extractor);
         const Landmarks expected = row.found();
         const Console console;
@@ -524,7 +529,7 @@ TEST_P(HostileThrow, PassesThroughAndLeavesTheExtractorUsable)
         const ThrowRow& row = GetParam();
         VXLandmarkExtract extractor{VXExtractParams()};
         for (int run = 0; run < 2; ++run) {
-            Source source;
+            Source source(hostile::cleanSamples());
             row.spoil(source);
             row.expectThrow([&] { delete extractor.run(&source, 1); });
         }
@@ -546,18 +551,18 @@ TEST_P(HostileAgain, GivesTheInnerRunItsLandmarksAndTheOuterItsFile)
             ++innerRuns;
             hostile::expectUsable(extractor);
         };
-        Source source;
+        Source source(hostile::cleanSamples());
         source.onGetFrames = [&] {
             if (read == 0) runInner();
             return hostile::cleanCount;
         };
         source.onRead = [&](Block& block) {
             if (source.reads == read) runInner();
-            return source.input.read_mono(block);
+            return source.deliver(block);
         };
         source.onRewind = [&] {
             if (read == -1) runInner();
-            return source.input.rewind();
+            return source.goBack();
         };
 
         const std::unique_ptr<VXFile> file(extractor.run(&source, 9));

@@ -170,15 +170,6 @@ std::string writeClaim(const wave::TempFolder& folder, const ClaimRow& row)
                         wave::fileClaiming(wave::format(1, 1, row.bits), 0xFFFFFFFFu, {}));
 }
 
-// Claims without having.
-class EmptySource : public VXS::VXInput
-{
-public:
-    unsigned int getFrames() override { return 0xFFFFFFFFu; }
-    bool read_mono(VXS::array<float>&) override { return true; }
-    bool rewind() override { return true; }
-};
-
 } // namespace
 
 TEST_P(HostileSparseFile, HasItsOutcome)
@@ -242,7 +233,7 @@ TEST(HostileSourceClaim, OfASourceIsSilenceInEachFrame)
     if (!hostile::isMeasured()) GTEST_SKIP() << "takes minutes in a slow build";
 
     hostile::withinLimits(claimLimits, [] {
-        EmptySource source;
+        signals::SignalInput source(signals::silence(0), 0xFFFFFFFFu);
         VXLandmarkExtract extractor{VXExtractParams()};
         const std::unique_ptr<VXFile> file(extractor.run(&source, 1));
 
@@ -258,7 +249,7 @@ TEST(HostileSourceClaim, OfASourceBeyondTheMemoryThrowsBadAlloc)
     if (!hostile::refusesMemory()) GTEST_SKIP() << "nothing limits the memory here";
 
     hostile::withinLimits([] {
-        EmptySource source;
+        signals::SignalInput source(signals::silence(0), 0xFFFFFFFFu);
         VXLandmarkExtract extractor{VXExtractParams()};
 
         EXPECT_THROW(delete extractor.run(&source, 1), std::bad_alloc);
@@ -275,7 +266,7 @@ TEST(HostileSourceClaim, OfMoreFramesThan32BitsThrowsLengthError)
     hostile::withinLimits([] {
         VXExtractParams params;
         params.setHopSize(1);
-        EmptySource source;
+        signals::SignalInput source(signals::silence(0), 0xFFFFFFFFu);
         VXLandmarkExtract extractor(params);
 
         EXPECT_THROW(delete extractor.run(&source, 1), std::length_error);

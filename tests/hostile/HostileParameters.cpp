@@ -20,6 +20,7 @@
 #include "VXFileSet.h"
 #include "VXLandmarkExtract.h"
 #include "Wave.h"
+#include "twin/Source.h"
 
 // Parameters at and beyond the ends of what makes sense: which of them are taken, and what comes of
 // an extraction or a synchronisation with them.
@@ -238,14 +239,6 @@ std::vector<ErrorRow> errorRows()
     };
 }
 
-class ClaimingSource : public VXS::VXInput
-{
-public:
-    unsigned int getFrames() override { return most; }
-    bool read_mono(VXS::array<float>&) override { return true; }
-    bool rewind() override { return true; }
-};
-
 // Files of these rates.
 
 struct RateRow {
@@ -334,9 +327,10 @@ TEST_P(HostileParameters, HaveTheirLandmarks)
         row.set(params);
         Samples samples = hostile::cleanSamples();
         samples.resize(row.samples);
-        hostile::TwinSource twin(samples, static_cast<std::uint32_t>(samples.size()));
-        const hostile::Landmarks expected =
-            row.found == Found::Nothing ? hostile::Landmarks() : twinLandmarks(params, twin);
+        twins::Source twin(samples, static_cast<std::uint32_t>(samples.size()));
+        const hostile::Landmarks expected = row.found == Found::Nothing
+                                                ? hostile::Landmarks()
+                                                : hostile::twinLandmarks(params, twin);
         signals::SignalInput input(samples);
         VXLandmarkExtract extractor(params);
 
@@ -371,7 +365,7 @@ TEST_P(HostileSize, EndsInItsErrorAndLeavesTheExtractorUsable)
         params.hopSize = row.hopSize;
         params.initialFrames = row.openingFrames;
         VXLandmarkExtract extractor(params);
-        ClaimingSource source;
+        signals::SignalInput source(signals::silence(0), most);
         for (int run = 0; run < 2; ++run) {
             try {
                 delete extractor.run(&source, 1);

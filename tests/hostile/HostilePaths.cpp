@@ -23,6 +23,7 @@
 #include "Console.h"
 #include "Limits.h"
 #include "Outcome.h"
+#include "Rows.h"
 #include "VXFile.h"
 #include "VXFileSet.h"
 #include "VXLandmarkExtract.h"
@@ -140,12 +141,9 @@ std::string repeat(const std::string& letters, int times)
     return text;
 }
 
-std::vector<Row> pathRows()
+// What lies there, if anything.
+std::vector<Row> nodeRows()
 {
-    // More links, longer names and longer paths than these no system call follows.
-    constexpr int fewLinks = 30;
-    constexpr int manyLinks = 100;
-    const std::string longestName = repeat("a", 251) + ".wav";
     return {
         {"Empty", fixed(""), refused(noRiff)},
         {"Blank", fixed(" "), refused(noRiff)},
@@ -179,6 +177,15 @@ std::vector<Row> pathRows()
          [](const TempFolder& folder) { return linkTo(folder, "/dev/zero"); }, refused(noRiff)},
         {"MemoryOfTheProcess", fixed("/proc/self/mem"), refused(noRiff)},
         {"ArgumentsOfTheProcess", fixed("/proc/self/cmdline"), refused(noRiff)},
+    };
+}
+
+std::vector<Row> linkRows()
+{
+    // More links than these no system call follows.
+    constexpr int fewLinks = 30;
+    constexpr int manyLinks = 100;
+    return {
         {"LinkToItself",
          [](const TempFolder& folder) { return linkTo(folder, folder / "link.wav"); },
          refused(noRiff)},
@@ -217,7 +224,14 @@ std::vector<Row> pathRows()
                     (".././" + filesystem::path(folder.path).filename().string() + "/./take.wav");
          },
          clean()},
+    };
+}
 
+// Longer names and longer paths than these no system call follows.
+std::vector<Row> lengthRows()
+{
+    const std::string longestName = repeat("a", 251) + ".wav";
+    return {
         {"NameOf5000Letters", inFolder(repeat("a", 5000)), refused(noRiff)},
         {"FoldersOf5000Letters", inFolder(repeat("folder/", 714) + "a"), refused(noRiff)},
         {"5000LettersThatLeadToARecording",
@@ -234,7 +248,12 @@ std::vector<Row> pathRows()
          clean()},
         {"NameOf255Letters", cleanNamed(longestName), clean()},
         {"NameOf256Letters", inFolder("a" + longestName), refused(noRiff)},
+    };
+}
 
+std::vector<Row> letterRows()
+{
+    return {
         {"NewlineInTheName", cleanNamed("two\nlines.wav"), clean()},
         {"NewlineInAMissingName", inFolder("two\nlines.wav"), refused(noRiff)},
         {"ControlLettersInAMissingName", inFolder("\a\b\t\v\f\r\x1b[2J.wav"), refused(noRiff)},
@@ -253,6 +272,11 @@ std::vector<Row> pathRows()
          clean()},
         {"NullLetterInFront", fixed(std::string("\0take.wav", 9)), refused(noRiff)},
     };
+}
+
+std::vector<Row> pathRows()
+{
+    return hostile::together<Row>({nodeRows(), linkRows(), lengthRows(), letterRows()});
 }
 
 std::vector<Row> rightsRows()
@@ -343,28 +367,6 @@ std::ostream& operator<<(std::ostream& stream, const ChangeRow& row)
 
 class HostileChange : public testing::TestWithParam<ChangeRow>
 {
-};
-
-// A file that changes just before the second pass over it.
-class ChangingSource : public VXS::VXInput
-{
-public:
-    ChangingSource(VXS::wavfile_t* file, std::function<void()> newChange)
-        : input(file), change(std::move(newChange))
-    {
-    }
-
-    unsigned int getFrames() override { return input.getFrames(); }
-    bool read_mono(VXS::array<float>& block) override { return input.read_mono(block); }
-    bool rewind() override
-    {
-        change();
-        return input.rewind();
-    }
-
-private:
-    VXS::WavInput input;
-    std::function<void()> change;
 };
 
 // Reads one file for the threshold and another for the peaks.
@@ -588,7 +590,15 @@ TEST_P(HostileChange, BetweenThePassesIsReadAsItCame)
     hostile::withinLimits([&] {
         TwoFiles twin(before, after);
         VXLandmarkExtract extractor{VXExtractParams()};
-        ChangingSource source(extractor.loadFile(path), [&] { GetParam().change(path); });
+        VXS::WavInput wave(extractor.loadFile(path));
+        signals::SignalInput source(signals::silence(0));
+        source.onGetFrames = [&wave] { return wave.getFrames(); };
+        source.onRead = [&wave](VXS::array<float>& block) { return wave.read_mono(block); };
+        // Just before the second pass over the file.
+        source.onRewind = [&wave, &path] {
+            GetParam().change(path);
+            return wave.rewind();
+        };
 
         const std::unique_ptr<VXFile> file(extractor.run(&source, 1));
 

@@ -15,6 +15,7 @@
 #include "Signals.h"
 #include "VXFile.h"
 #include "VXLandmarkExtract.h"
+#include "twin/Source.h"
 
 // Sound that no recorder makes, from a source of the host's own.
 
@@ -208,7 +209,7 @@ TEST_P(HostileSound, HasItsLandmarks)
     hostile::withinLimits([] {
         const Row& row = GetParam();
         const Samples samples = row.make();
-        hostile::TwinSource twin(samples, static_cast<std::uint32_t>(samples.size()));
+        twins::Source twin(samples, static_cast<std::uint32_t>(samples.size()));
         const hostile::Landmarks expected = hostile::twinLandmarks(VXExtractParams(), twin);
         signals::SignalInput input(samples);
         VXLandmarkExtract extractor{VXExtractParams()};

@@ -14,6 +14,7 @@
 #include "Console.h"
 #include "Landmarks.h"
 #include "Limits.h"
+#include "Rows.h"
 #include "VXClusterSync.h"
 #include "VXFile.h"
 #include "VXFileSet.h"
@@ -144,12 +145,20 @@ void moveEntry(VXFileSet& fileSet, std::int64_t from, std::int64_t to)
     files.erase(from);
 }
 
-std::vector<SetRow> setRows()
+const Cluster& matching()
 {
-    const Cluster matching = {{1, 0.0f, ""}, {2, 3.2f, ""}};
-    const auto alone = [](std::int64_t id) { return Cluster{{id, 0.0f, ""}}; };
-    constexpr std::int32_t leastFrame = std::numeric_limits<std::int32_t>::min();
-    constexpr std::int32_t mostFrame = std::numeric_limits<std::int32_t>::max();
+    static const Cluster cluster = {{1, 0.0f, ""}, {2, 3.2f, ""}};
+    return cluster;
+}
+
+Cluster alone(std::int64_t id)
+{
+    return {{id, 0.0f, ""}};
+}
+
+// What stands under the ids.
+std::vector<SetRow> entryRows()
+{
     return {
         {"WithoutFiles", [](VXFileSet&, Others&) {}, {}},
         {"AddedNull",
@@ -158,7 +167,7 @@ std::vector<SetRow> setRows()
              addMatching(fileSet);
              EXPECT_EQ(nullptr, fileSet.addFile(nullptr));
          },
-         {matching}},
+         {matching()}},
         {"OnlyNullFiles",
          [](VXFileSet& fileSet, Others&) {
              fileSet.getFiles() = {{1, nullptr}, {2, nullptr}};
@@ -170,7 +179,7 @@ std::vector<SetRow> setRows()
              fileSet.getFiles()[-9] = nullptr;
              fileSet.getFiles()[9] = nullptr;
          },
-         {alone(-9), matching, alone(9)}},
+         {alone(-9), matching(), alone(9)}},
         {"NullFileInsteadOfAMatch",
          [](VXFileSet& fileSet, Others&) {
              addFileWith(fileSet, 1, eventFrom(0));
@@ -184,19 +193,26 @@ std::vector<SetRow> setRows()
              EXPECT_EQ(others.back().get(), fileSet.addFile(others.back().get()));
              EXPECT_NE(others.back().get(), fileSet.getFiles().at(2));
          },
-         {matching}},
+         {matching()}},
         {"SameFileTwice",
          [](VXFileSet& fileSet, Others&) {
              addMatching(fileSet);
              EXPECT_EQ(2u, fileSet.getFiles().size());
              fileSet.addFile(fileSet.getFiles().at(1));
          },
-         {matching}},
+         {matching()}},
         {"EmptyFiles",
          [](VXFileSet& fileSet, Others&) {
              VXS::support::addEmptyFiles(fileSet, {1, 2, 3});
          },
          {alone(1), alone(2), alone(3)}},
+    };
+}
+
+// What landmarks name as their file.
+std::vector<SetRow> ownerRows()
+{
+    return {
         // The votes are those of files 1 and 2, which the set does not have: their ids get entries
         // without a file, and with them clusters.
         {"FilesUnderOtherIds",
@@ -224,7 +240,7 @@ std::vector<SetRow> setRows()
                  fileSet.getFiles().at(1)->addLandmark(
                      new VXLandmark(mark.frame, nullptr, mark.key));
          },
-         {matching}},
+         {matching()}},
         {"OnlyLandmarksWithoutAFile",
          [](VXFileSet& fileSet, Others&) {
              addMatching(fileSet);
@@ -239,26 +255,35 @@ std::vector<SetRow> setRows()
              addMatching(fileSet);
              fileSet.getFiles().at(1)->addLandmark(nullptr);
          },
-         {matching}},
+         {matching()}},
+    };
+}
+
+// Keys and frames.
+std::vector<SetRow> markRows()
+{
+    constexpr std::int32_t leastFrame = std::numeric_limits<std::int32_t>::min();
+    constexpr std::int32_t mostFrame = std::numeric_limits<std::int32_t>::max();
+    return {
         {"KeysOfAllBits",
          [](VXFileSet& fileSet, Others&) {
              // The last key is 2^32 - 1.
              addFileWith(fileSet, 1, eventFrom(100, 0xFFFFFFFBu));
              addFileWith(fileSet, 2, eventFrom(0, 0xFFFFFFFBu));
          },
-         {matching}},
+         {matching()}},
         {"KeysThatWrapToZero",
          [](VXFileSet& fileSet, Others&) {
              addFileWith(fileSet, 1, eventFrom(100, 0xFFFFFFFEu));
              addFileWith(fileSet, 2, eventFrom(0, 0xFFFFFFFEu));
          },
-         {matching}},
+         {matching()}},
         {"NegativeFrames",
          [](VXFileSet& fileSet, Others&) {
              addFileWith(fileSet, 1, eventFrom(-200));
              addFileWith(fileSet, 2, eventFrom(-300));
          },
-         {matching}},
+         {matching()}},
         // One vote each, at an offset of 2^32 - 1 frames.
         {"FramesAtBothEnds",
          [](VXFileSet& fileSet, Others&) {
@@ -289,6 +314,11 @@ std::vector<SetRow> setRows()
          },
          {alone(1), alone(2)}},
     };
+}
+
+std::vector<SetRow> setRows()
+{
+    return hostile::together<SetRow>({entryRows(), ownerRows(), markRows()});
 }
 
 // Many recordings.

@@ -12,6 +12,7 @@
 #include "Clean.h"
 #include "Limits.h"
 #include "Outcome.h"
+#include "Rows.h"
 #include "Wave.h"
 
 // WAV files that are broken, strange or lies. What is wrong with each is told by its bytes; the
@@ -344,7 +345,8 @@ Bytes dataClaiming(std::uint32_t size)
     return bytes;
 }
 
-std::vector<Row> chunkRows()
+// Chunks of odd size.
+std::vector<Row> padRows()
 {
     const Bytes pad = {0};
     return {
@@ -390,7 +392,13 @@ std::vector<Row> chunkRows()
              return ofChunks({cleanFormat(), wave::chunk("data", Bytes(15999, 3))});
          },
          asTwin(7999)},
+    };
+}
 
+// Which chunks there are, and which comes first.
+std::vector<Row> orderRows()
+{
+    return {
         {"SecondFormatBeforeDataIsSkipped",
          [] {
              return ofChunks({cleanFormat(), stereoFormat(), cleanData()});
@@ -464,7 +472,13 @@ std::vector<Row> chunkRows()
              return ofChunks({text("FMT "), cleanFormat(), cleanData()});
          },
          refused(noFormat)},
+    };
+}
 
+// What lies behind the data.
+std::vector<Row> tailRows()
+{
+    return {
         {"ChunkAfterData",
          [] {
              return ofChunks({cleanFormat(), cleanData(), stranger(1000)});
@@ -490,7 +504,12 @@ std::vector<Row> chunkRows()
              return join({hostile::cleanFile(), hostile::cleanFile()});
          },
          clean()},
+    };
+}
 
+std::vector<Row> formatSizeRows()
+{
+    return {
         {"FormatOf14Bytes",
          [] {
              return ofChunks({cutAfter(formatOfSize(14), 22), cleanData()});
@@ -519,6 +538,11 @@ std::vector<Row> chunkRows()
         {"FormatThatClaimsTheWholeFile", [] { return withField(16, 4, 16 + 8 + 16000); },
          refused(noData)},
     };
+}
+
+std::vector<Row> chunkRows()
+{
+    return hostile::together<Row>({padRows(), orderRows(), tailRows(), formatSizeRows()});
 }
 
 std::vector<Row> manyChunkRows()

@@ -158,12 +158,10 @@ TEST(RealSound, SameSamplesInAnotherFormatGiveTheSameLandmarks)
     const wave::TempFolder folder;
     const std::string original = testRecording("two-groups/talk-late.wav");
     const std::vector<int> samples = samplesOf(original);
+    const std::vector<float> floats = signals::asRead(samples);
     std::vector<int> stereo;
-    std::vector<float> floats;
-    for (const int sample : samples) {
+    for (const int sample : samples)
         stereo.insert(stereo.end(), {sample, -12345});
-        floats.push_back(static_cast<float>(sample) / 32768.0f);
-    }
     wave::Bytes chunked = wave::riffStart();
     wave::append(chunked, wave::chunk("JUNK", wave::Bytes(28)));
     wave::append(chunked, wave::formatChunk(wave::Format()));
@@ -188,12 +186,10 @@ TEST(RealSound, LoudnessHardlyMattersToTheLandmarks)
     // A level is rounded to single precision, so that near ties may fall the other way.
     constexpr double share = 0.99;
     const std::vector<int> samples = samplesOf(testRecording("two-groups/talk-late.wav"));
-    signals::Samples loud;
+    const signals::Samples loud = signals::asRead(samples);
     signals::Samples quiet;
-    for (const int sample : samples) {
-        loud.push_back(static_cast<float>(sample) / 32768.0f);
-        quiet.push_back(static_cast<float>(sample) / 65536.0f);
-    }
+    for (const float sample : loud)
+        quiet.push_back(sample / 2.0f);
 
     const auto expected = signals::extractLandmarks(VXExtractParams(), loud);
     const auto landmarks = signals::extractLandmarks(VXExtractParams(), quiet);

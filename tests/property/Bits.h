@@ -1,31 +1,19 @@
 #ifndef PROPERTY_BITS_H
 #define PROPERTY_BITS_H
 
-#include <cmath>
-#include <cstdint>
-#include <cstring>
+#include <cstddef>
 #include <ios>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "support/Bits.h"
+
 namespace property
 {
 
-inline std::uint32_t bitsOf(float value)
-{
-    std::uint32_t pattern;
-    std::memcpy(&pattern, &value, sizeof pattern);
-    return pattern;
-}
-
-// Equal to the bit. What is not a number equals what is not a number, since its sign and payload
-// are the compiler's choice.
-inline bool sameBits(float left, float right)
-{
-    if (std::isnan(left) && std::isnan(right)) return true;
-    return bitsOf(left) == bitsOf(right);
-}
+using support::bitsOf;
+using support::sameBits;
 
 inline testing::AssertionResult sameFloat(float left, float right)
 {

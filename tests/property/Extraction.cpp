@@ -8,55 +8,13 @@
 #include <sstream>
 
 #include "Bits.h"
+#include "SignalInput.h"
 #include "VXFile.h"
-#include "VXLandmark.h"
+#include "twin/Comparison.h"
+#include "twin/Source.h"
 
 namespace property
 {
-
-bool LibrarySource::read_mono(VXS::array<float>& block)
-{
-    if (blockSize > 0) {
-        block.resize(static_cast<std::int32_t>(blockSize), 1, 1);
-        std::fill(block.data, block.data + block.count(), 0.0f);
-    }
-    for (std::int32_t i = 0; i < block.count() && position < samples.size(); ++i) {
-        block.data[i] = samples[position++];
-    }
-    return true;
-}
-
-bool LibrarySource::rewind()
-{
-    position = 0;
-    return true;
-}
-
-void PlainSource::read(std::vector<float>& block)
-{
-    if (blockSize > 0) block.assign(blockSize, 0.0f);
-    for (std::size_t i = 0; i < block.size() && position < samples.size(); ++i) {
-        block[i] = samples[position++];
-    }
-}
-
-VXS::VXExtractParams toLibrary(const plain::Parameters& parameters)
-{
-    VXS::VXExtractParams params;
-    params.frequencyRange = parameters.frequencyRange;
-    params.timeRange = parameters.timeRange;
-    params.initialFrames = parameters.initialFrames;
-    params.maxPeaksPerFrame = parameters.maxPeaksPerFrame;
-    params.maskHeight = parameters.maskHeight;
-    params.peakFloor = parameters.peakFloor;
-    params.thresholdDecay = parameters.thresholdDecay;
-    params.maskWidth = parameters.maskWidth;
-    params.fftSize = parameters.fftSize;
-    params.hopSize = parameters.hopSize;
-    params.sampleRate = parameters.sampleRate;
-    params.maxPairsPerPeak = parameters.maxPairsPerPeak;
-    return params;
-}
 
 plain::Parameters anyParameters(Random& random)
 {
@@ -187,94 +145,43 @@ Samples hostileSound(Random& random, int kind, std::size_t count)
     return samples;
 }
 
-PeakTable peaksOf(const VXS::VXLandmarkExtract& extractor)
+namespace
 {
-    PeakTable table;
-    for (const auto* list : *extractor.frames) {
-        table.emplace_back();
-        for (const VXS::Peak* peak : *list) {
-            table.back().push_back({peak->frequency, peak->amplitude, peak->time});
-        }
-    }
-    return table;
+
+testing::AssertionResult noDifference(const std::string& difference)
+{
+    if (difference.empty()) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << difference;
 }
 
-testing::AssertionResult samePeaks(const PeakTable& library, const PeakTable& twin)
+} // namespace
+
+testing::AssertionResult samePeaks(const VXS::VXLandmarkExtract& library,
+                                   const plain::Extractor& twin)
 {
-    if (library.size() != twin.size()) {
-        return testing::AssertionFailure()
-               << library.size() << " lists in the library and " << twin.size() << " in the twin";
-    }
-    for (std::size_t f = 0; f < twin.size(); ++f) {
-        if (library[f].size() != twin[f].size()) {
-            return testing::AssertionFailure()
-                   << "frame " << f << ": " << library[f].size() << " peaks in the library and "
-                   << twin[f].size() << " in the twin";
-        }
-        for (std::size_t i = 0; i < twin[f].size(); ++i) {
-            const plain::Peak& left = library[f][i];
-            const plain::Peak& right = twin[f][i];
-            if (left.frequency != right.frequency || left.time != right.time ||
-                !sameBits(left.amplitude, right.amplitude)) {
-                return testing::AssertionFailure()
-                       << "frame " << f << ", peak " << i << ": bin " << left.frequency << " level "
-                       << left.amplitude << " time " << left.time << " in the library, bin "
-                       << right.frequency << " level " << right.amplitude << " time " << right.time
-                       << " in the twin";
-            }
-        }
-    }
-    return testing::AssertionSuccess();
+    return noDifference(twins::differenceOfPeaks(library, twin.peaks()));
 }
 
 testing::AssertionResult sameLandmarks(VXS::VXFile& library, const plain::Recording& twin)
 {
-    const auto& landmarks = library.getLandmarkMap();
-    if (landmarks.size() != twin.landmarks.size()) {
-        return testing::AssertionFailure() << landmarks.size() << " frames in the library and "
-                                           << twin.landmarks.size() << " in the twin";
-    }
-    auto entry = landmarks.begin();
-    for (const auto& [frame, list] : twin.landmarks) {
-        if (entry->first != frame || entry->second.size() != list.size()) {
-            return testing::AssertionFailure()
-                   << "frame " << entry->first << " with " << entry->second.size()
-                   << " landmarks in the library, frame " << frame << " with " << list.size()
-                   << " in the twin";
-        }
-        for (std::size_t i = 0; i < list.size(); ++i) {
-            const VXS::VXLandmark& landmark = *entry->second[i];
-            if (landmark.key != list[i].key || landmark.offset != list[i].offset ||
-                landmark.file != &library) {
-                return testing::AssertionFailure()
-                       << "frame " << frame << ", landmark " << i << ": key " << landmark.key
-                       << " and " << list[i].key;
-            }
-        }
-        ++entry;
-    }
-    if (library.getMinLandmarkOffsetTime() != twin.first ||
-        library.getMaxLandmarkOffsetTime() != twin.last) {
-        return testing::AssertionFailure() << "other bounds";
-    }
-    return testing::AssertionSuccess();
+    return noDifference(twins::differenceOfLandmarks(library, twin));
 }
 
 void compareExtraction(const plain::Parameters& parameters, const Samples& samples,
                        std::uint32_t claim)
 {
     SCOPED_TRACE(describe(parameters) + ", " + std::to_string(samples.size()) + " samples");
-    PlainSource plainSource(samples, claim);
+    twins::Source plainSource(samples, claim);
     plain::Extractor twin(parameters);
     plain::Recording recording(7);
-    LibrarySource source(samples, claim);
-    VXS::VXLandmarkExtract extractor(toLibrary(parameters));
+    signals::SignalInput source(samples, claim);
+    VXS::VXLandmarkExtract extractor(twins::toLibrary(parameters));
     VXS::VXFile file(7);
 
     twin.findPeaks(plainSource);
     extractor.setupFFT();
     extractor.findFreqPeaks(&source);
-    ASSERT_TRUE(samePeaks(peaksOf(extractor), twin.peaks())) << "after finding";
+    ASSERT_TRUE(samePeaks(extractor, twin)) << "after finding";
     if (!twin.peaks().empty()) {
         ASSERT_TRUE(sameFloats(extractor.maskShape, twin.mask())) << "mask";
         ASSERT_TRUE(
@@ -284,7 +191,7 @@ void compareExtraction(const plain::Parameters& parameters, const Samples& sampl
 
     twin.prune();
     extractor.prune();
-    ASSERT_TRUE(samePeaks(peaksOf(extractor), twin.peaks())) << "after pruning";
+    ASSERT_TRUE(samePeaks(extractor, twin)) << "after pruning";
 
     twin.pair(recording);
     extractor.combine(&file);
@@ -293,7 +200,7 @@ void compareExtraction(const plain::Parameters& parameters, const Samples& sampl
     // The same extractor once more: nothing of the first run may show.
     source.rewind();
     const std::unique_ptr<VXS::VXFile> again(extractor.run(&source, 7));
-    ASSERT_TRUE(samePeaks(peaksOf(extractor), twin.peaks())) << "after a whole run";
+    ASSERT_TRUE(samePeaks(extractor, twin)) << "after a whole run";
     ASSERT_TRUE(sameLandmarks(*again, recording)) << "after a whole run";
 }
 

@@ -12,10 +12,13 @@
 #include "Bits.h"
 #include "Extraction.h"
 #include "Random.h"
+#include "SignalInput.h"
 #include "VXFile.h"
 #include "VXLandmarkExtract.h"
 #include "plain/Extractor.h"
 #include "plain/Reader.h"
+#include "twin/Comparison.h"
+#include "twin/Source.h"
 
 using property::Random;
 using property::Samples;
@@ -129,16 +132,17 @@ TEST(VXLandmarkExtract, EqualsThePlainTwinWhereASourceResizesItsBlock)
         const Samples samples = property::sound(random, sampleCount(random, parameters));
         const std::uint32_t claim = static_cast<std::uint32_t>(samples.size());
         const std::size_t blockSize = 1 + random.below(2 * parameters.hopSize);
-        property::PlainSource plainSource(samples, claim, blockSize);
-        property::LibrarySource source(samples, claim, blockSize);
+        twins::Source plainSource(samples, claim, blockSize);
+        signals::SignalInput source(samples, claim);
+        source.resizeBlocks(static_cast<std::int32_t>(blockSize));
         plain::Extractor twin(parameters);
         plain::Recording recording(1);
-        VXS::VXLandmarkExtract extractor(property::toLibrary(parameters));
+        VXS::VXLandmarkExtract extractor(twins::toLibrary(parameters));
 
         twin.run(plainSource, recording);
         const std::unique_ptr<VXS::VXFile> file(extractor.run(&source, 1));
 
-        ASSERT_TRUE(property::samePeaks(property::peaksOf(extractor), twin.peaks()));
+        ASSERT_TRUE(property::samePeaks(extractor, twin));
         ASSERT_TRUE(property::sameLandmarks(*file, recording));
     }
 }
@@ -191,10 +195,10 @@ TEST(VXLandmarkExtract, RefusesTheSameNumbersOfFramesAsThePlainTwin)
     parameters.hopSize = 1;
     const Samples samples;
     // 4294967288 / 1 + 8 / 1 - 1 frames are 2^32 - 1 and one more sample makes one too many.
-    property::PlainSource plainSource(samples, 4294967289u);
-    property::LibrarySource source(samples, 4294967289u);
+    twins::Source plainSource(samples, 4294967289u);
+    signals::SignalInput source(samples, 4294967289u);
     plain::Extractor twin(parameters);
-    VXS::VXLandmarkExtract extractor(property::toLibrary(parameters));
+    VXS::VXLandmarkExtract extractor(twins::toLibrary(parameters));
 
     EXPECT_THROW(twin.findPeaks(plainSource), std::length_error);
     EXPECT_THROW(extractor.run(&source, 1), std::length_error);
@@ -212,10 +216,10 @@ TEST(VXLandmarkExtract, FindsTheInitialThresholdOfThePlainTwin)
         const Samples samples = kind < property::hostileKinds
                                     ? property::hostileSound(random, kind, count)
                                     : property::sound(random, count);
-        property::PlainSource plainSource(samples, 0);
-        property::LibrarySource source(samples, 0);
+        twins::Source plainSource(samples, 0);
+        signals::SignalInput source(samples, 0);
         plain::Extractor twin(parameters);
-        VXS::VXLandmarkExtract extractor(property::toLibrary(parameters));
+        VXS::VXLandmarkExtract extractor(twins::toLibrary(parameters));
         VXS::array<float> threshold(static_cast<std::int32_t>(parameters.fftSize / 2));
         std::fill(threshold.data, threshold.data + threshold.count(), 0.0f);
         extractor.setupFFT();
@@ -237,7 +241,7 @@ TEST(VXLandmarkExtract, SmoothsAnyEnvelopeAsThePlainTwin)
         const plain::Parameters parameters = property::anyParameters(random);
         SCOPED_TRACE(property::describe(parameters));
         plain::Extractor twin(parameters);
-        VXS::VXLandmarkExtract extractor(property::toLibrary(parameters));
+        VXS::VXLandmarkExtract extractor(twins::toLibrary(parameters));
         // A mask shorter than the envelope, as long and longer, and none at all.
         std::vector<float> mask(random.below(80), 0.0f);
         for (float& value : mask)
@@ -281,7 +285,7 @@ TEST(VXLandmarkExtract, PairsHandMadePeaksAsThePlainTwin)
         plain::Parameters parameters = property::anyParameters(random);
         SCOPED_TRACE(property::describe(parameters));
         plain::Extractor twin(parameters);
-        VXS::VXLandmarkExtract extractor(property::toLibrary(parameters));
+        VXS::VXLandmarkExtract extractor(twins::toLibrary(parameters));
         // Bins and distances beyond the ten bits that a key has for each, and equal levels.
         const std::size_t lists = random.below(1500);
         const std::uint64_t gap = random.pick<std::uint64_t>({1, 3, 600});
@@ -322,7 +326,7 @@ TEST(VXLandmarkExtract, FindsTheNeighboursOfAnyAnchorAsThePlainTwin)
         plain::Parameters parameters = property::anyParameters(random);
         SCOPED_TRACE(property::describe(parameters));
         plain::Extractor twin(parameters);
-        VXS::VXLandmarkExtract extractor(property::toLibrary(parameters));
+        VXS::VXLandmarkExtract extractor(twins::toLibrary(parameters));
         for (std::int32_t f = 0; f < 20; ++f) {
             twin.frames.emplace_back();
             twin.frames.back().push_back(std::make_unique<plain::Peak>(plain::Peak{f, 0.0f, f}));
@@ -359,7 +363,7 @@ TEST(VXLandmarkExtract, EqualsThePlainTwinOnTheExampleRecordings)
 
         ASSERT_NE(file, nullptr);
         ASSERT_FALSE(recording.landmarks.empty());
-        ASSERT_TRUE(property::samePeaks(property::peaksOf(extractor), twin.peaks()));
+        ASSERT_TRUE(property::samePeaks(extractor, twin));
         ASSERT_TRUE(property::sameLandmarks(*file, recording));
     }
 }

@@ -19,6 +19,7 @@
 #include "VXLandmarkExtract.h"
 #include "plain/Extractor.h"
 #include "plain/Reader.h"
+#include "twin/Comparison.h"
 #include "wavfile.h"
 
 using property::Random;
@@ -282,13 +283,13 @@ TEST(VXLandmarkExtract, EqualsThePlainTwinOnFilesWithBytesBehindTheirSamples)
         plain::Reader reader(file.path);
         plain::Extractor twin(parameters);
         plain::Recording recording(1);
-        VXS::VXLandmarkExtract extractor(property::toLibrary(parameters));
+        VXS::VXLandmarkExtract extractor(twins::toLibrary(parameters));
 
         twin.run(reader, recording);
         const std::unique_ptr<VXS::VXFile> result(extractor.run(file.path, 1));
 
         ASSERT_NE(result, nullptr);
-        ASSERT_TRUE(property::samePeaks(property::peaksOf(extractor), twin.peaks()));
+        ASSERT_TRUE(property::samePeaks(extractor, twin));
         ASSERT_TRUE(property::sameLandmarks(*result, recording));
     }
 }

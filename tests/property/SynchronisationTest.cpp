@@ -341,7 +341,7 @@ TEST(VXHistogramSetProcessor, MeasuresAnyBinAsThePlainTwin)
         const plain::HistogramSet expected = plain::histograms(job.recordings, 250, ignored);
         if (expected.empty()) continue;
         const plain::Pair pair = expected.begin()->first;
-        VXS::VXHistogram histogram = job.histogramOf(expected.begin()->second);
+        VXS::VXHistogram histogram = property::histogramOf(job, expected.begin()->second);
 
         for (std::int64_t offset = -150; offset <= 150; ++offset) {
             SCOPED_TRACE("offset " + std::to_string(offset));

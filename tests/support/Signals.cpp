@@ -69,6 +69,22 @@ Samples noise(std::uint32_t seed, std::size_t count)
     return samples;
 }
 
+std::vector<int> as16Bit(const Samples& samples)
+{
+    std::vector<int> result;
+    for (const float sample : samples)
+        result.push_back(static_cast<int>(sample * 32768.0f));
+    return result;
+}
+
+Samples asRead(const std::vector<int>& samples)
+{
+    Samples result;
+    for (const int sample : samples)
+        result.push_back(static_cast<float>(sample) / 32768.0f);
+    return result;
+}
+
 Samples levelsOf(const Samples& frame)
 {
     unsigned int order = 0;
@@ -94,34 +110,6 @@ Samples levelsOf(const Samples& frame)
         levels[k] = extractor.dB(std::sqrt(real + imaginary));
     }
     return levels;
-}
-
-SignalInput::SignalInput(Samples newSamples)
-    : samples(std::move(newSamples)), claimedFrames(static_cast<unsigned int>(samples.size()))
-{
-}
-
-unsigned int SignalInput::getFrames()
-{
-    calls.emplace_back("getFrames");
-    return claimedFrames;
-}
-
-bool SignalInput::read_mono(VXS::array<float>& block)
-{
-    calls.emplace_back("read_mono");
-    const std::size_t left = samples.size() - position;
-    const std::size_t count = std::min(left, static_cast<std::size_t>(block.dim0));
-    std::copy_n(samples.begin() + static_cast<std::ptrdiff_t>(position), count, block.data);
-    position += count;
-    return true;
-}
-
-bool SignalInput::rewind()
-{
-    calls.emplace_back("rewind");
-    position = 0;
-    return true;
 }
 
 std::vector<LandmarkRow> landmarksOf(VXS::VXFile& file)

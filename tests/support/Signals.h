@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "SignalInput.h"
 #include "VXLandmarkExtract.h"
 
 namespace VXS
@@ -18,8 +19,6 @@ class VXFile;
 // Sound for tests, sources that deliver it, and views of what extraction made of it.
 namespace signals
 {
-
-using Samples = std::vector<float>;
 
 Samples silence(std::size_t count);
 // A cosine that falls exactly on a bin of a transform of `fftSize` samples. Its magnitude in that
@@ -34,26 +33,11 @@ Samples join(const std::vector<Samples>& parts);
 Samples comb(std::size_t period, float height, std::size_t count);
 // Noise whose loudness changes ten times a second, the same for the same seed on every machine.
 Samples noise(std::uint32_t seed, std::size_t count);
+// The samples as 16-bit numbers, and such numbers as the reader delivers them.
+std::vector<int> as16Bit(const Samples& samples);
+Samples asRead(const std::vector<int>& samples);
 // The levels of one frame's bins, as the transform and the conversion to dB give them.
 Samples levelsOf(const Samples& frame);
-
-// A source over samples in memory. After the last sample it delivers nothing more.
-class SignalInput : public VXS::VXInput
-{
-public:
-    explicit SignalInput(Samples newSamples);
-
-    unsigned int getFrames() override;
-    bool read_mono(VXS::array<float>& block) override;
-    bool rewind() override;
-
-    Samples samples;
-    std::size_t position = 0;
-    // What getFrames answers; the number of samples unless changed.
-    unsigned int claimedFrames;
-    // The names of the operations in the order in which they were called.
-    std::vector<std::string> calls;
-};
 
 // Frame and key of every landmark, by frame and in their order within it.
 using LandmarkRow = std::pair<std::int64_t, std::uint32_t>;

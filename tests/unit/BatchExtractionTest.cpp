@@ -26,10 +26,7 @@ using Names = std::map<std::int64_t, std::string>;
 
 wave::Bytes recording(std::uint32_t seed)
 {
-    std::vector<int> samples;
-    for (const float sample : signals::noise(seed, 8000))
-        samples.push_back(static_cast<int>(sample * 32768.0f));
-    return wave::file16(samples);
+    return wave::file16(signals::as16Bit(signals::noise(seed, 8000)));
 }
 
 // The two lines of a file, with what comes between them.

@@ -84,37 +84,15 @@ void expectFramesOf(const VXExtractParams& params, const Samples& samples)
     EXPECT_EQ(levels, Samples(extractor.fftInput.data, extractor.fftInput.data + levels.size()));
 }
 
-// Gives the block another size before it fills it.
-class ResizingInput final : public VXS::VXInput
+// Gives each block other dimensions before it is filled, and tells whether it came as a hop.
+void resizeHops(SignalInput& input, int dim0, int dim1, bool& sawBlockOfAHop)
 {
-public:
-    ResizingInput(Samples newSamples, int newDim0, int newDim1)
-        : source(std::move(newSamples)), dim0(newDim0), dim1(newDim1)
-    {
-    }
-
-    unsigned int getFrames() override { return source.getFrames(); }
-
-    bool read_mono(VXS::array<float>& block) override
-    {
+    input.resizeBlocks(dim0, dim1);
+    input.onRead = [&sawBlockOfAHop, resized = input.onRead](VXS::array<float>& block) {
         sawBlockOfAHop = sawBlockOfAHop && block.dim0 == 256 && block.dim1 == 1;
-        block.resize(dim0, dim1, 1);
-        VXS::array<float> flat(dim0 * dim1);
-        std::fill_n(flat.data, flat.dim0, 0.0f);
-        source.read_mono(flat);
-        std::copy_n(flat.data, flat.dim0, block.data);
-        return true;
-    }
-
-    bool rewind() override { return source.rewind(); }
-
-    bool sawBlockOfAHop = true;
-
-private:
-    SignalInput source;
-    int dim0;
-    int dim1;
-};
+        return resized(block);
+    };
+}
 
 std::vector<signals::LandmarkRow> landmarksFrom(VXS::VXInput& input)
 {
@@ -122,29 +100,6 @@ std::vector<signals::LandmarkRow> landmarksFrom(VXS::VXInput& input)
     const std::unique_ptr<VXS::VXFile> file(extractor.run(&input, 1));
     return signals::landmarksOf(*file);
 }
-
-// Gives false, and checks what it is given.
-class SternInput final : public SignalInput
-{
-public:
-    using SignalInput::SignalInput;
-
-    bool read_mono(VXS::array<float>& block) override
-    {
-        for (int i = 0; i < block.dim0; ++i)
-            sawZeros = sawZeros && block.data[i] == 0.0f;
-        SignalInput::read_mono(block);
-        return false;
-    }
-
-    bool rewind() override
-    {
-        SignalInput::rewind();
-        return false;
-    }
-
-    bool sawZeros = true;
-};
 
 } // namespace
 
@@ -206,6 +161,7 @@ TEST(FrameWalk, TooShortRecordingIsNotRead)
 {
     VXLandmarkExtract extractor{VXExtractParams()};
     SignalInput input(signals::silence(2303));
+    input.keepsCalls = true;
     extractor.setupFFT();
 
     extractor.findFreqPeaks(&input);
@@ -314,11 +270,18 @@ TEST(FrameWalk, SourceThatClaimsMoreThanItDeliversEndsInSilence)
 TEST(FrameWalk, BlockIsZeroBeforeEachReadAndAnswersOfTheSourceAreIgnored)
 {
     const Samples sound = signals::noise(11, 8000);
-    SternInput input(sound);
+    SignalInput input(sound);
+    bool sawZeros = true;
+    input.onRead = [&input, &sawZeros](VXS::array<float>& block) {
+        for (int i = 0; i < block.dim0; ++i)
+            sawZeros = sawZeros && block.data[i] == 0.0f;
+        return !input.deliver(block);
+    };
+    input.onRewind = [&input] { return !input.goBack(); };
 
     const auto landmarks = landmarksFrom(input);
 
-    EXPECT_TRUE(input.sawZeros);
+    EXPECT_TRUE(sawZeros);
     EXPECT_EQ(signals::extractLandmarks(VXExtractParams(), sound), landmarks);
 }
 
@@ -326,7 +289,9 @@ TEST(FrameWalk, BlockIsZeroBeforeEachReadAndAnswersOfTheSourceAreIgnored)
 TEST(FrameWalk, SourceThatShrinksTheBlockIsHeardWithSilenceBehind)
 {
     const Samples sound = signals::noise(11, 8192);
-    ResizingInput input(sound, 100, 1);
+    SignalInput input(sound);
+    bool sawBlockOfAHop = true;
+    resizeHops(input, 100, 1, sawBlockOfAHop);
     Samples expected(8192, 0.0f);
     for (std::size_t n = 0; n < expected.size(); ++n) {
         if (n % 256 < 100) expected[n] = sound[n / 256 * 100 + n % 256];
@@ -336,14 +301,16 @@ TEST(FrameWalk, SourceThatShrinksTheBlockIsHeardWithSilenceBehind)
 
     EXPECT_FALSE(landmarks.empty());
     EXPECT_EQ(signals::extractLandmarks(VXExtractParams(), expected), landmarks);
-    EXPECT_TRUE(input.sawBlockOfAHop);
+    EXPECT_TRUE(sawBlockOfAHop);
 }
 
 // The source delivers 300 samples a block, of which 256 are taken.
 TEST(FrameWalk, SourceThatGrowsTheBlockIsHeardAsFarAsItFits)
 {
     const Samples sound = signals::noise(11, 8192);
-    ResizingInput input(sound, 300, 1);
+    SignalInput input(sound);
+    bool sawBlockOfAHop = true;
+    resizeHops(input, 300, 1, sawBlockOfAHop);
     Samples expected(8192, 0.0f);
     for (std::size_t n = 0; n < expected.size(); ++n) {
         const std::size_t source = n / 256 * 300 + n % 256;
@@ -354,12 +321,13 @@ TEST(FrameWalk, SourceThatGrowsTheBlockIsHeardAsFarAsItFits)
 
     EXPECT_FALSE(landmarks.empty());
     EXPECT_EQ(signals::extractLandmarks(VXExtractParams(), expected), landmarks);
-    EXPECT_TRUE(input.sawBlockOfAHop);
+    EXPECT_TRUE(sawBlockOfAHop);
 }
 
 TEST(FrameWalk, SourceThatEmptiesTheBlockIsSilence)
 {
-    ResizingInput input(signals::noise(11, 8192), 0, 1);
+    SignalInput input(signals::noise(11, 8192));
+    input.resizeBlocks(0);
 
     EXPECT_TRUE(landmarksFrom(input).empty());
 }
@@ -367,7 +335,8 @@ TEST(FrameWalk, SourceThatEmptiesTheBlockIsSilence)
 TEST(FrameWalk, SourceThatGivesTheBlockTwoDimensionsIsHeardInItsOrder)
 {
     const Samples sound = signals::noise(11, 8192);
-    ResizingInput input(sound, 64, 4);
+    SignalInput input(sound);
+    input.resizeBlocks(64, 4);
 
     const auto landmarks = landmarksFrom(input);
 
@@ -379,19 +348,14 @@ TEST(FrameWalk, SourceThatGivesTheBlockTwoDimensionsIsHeardInItsOrder)
 TEST(FrameWalk, BytesAfterTheDataChunkOfAFileAreHeard)
 {
     const wave::TempFolder folder;
-    std::vector<int> samples;
-    for (const float sample : signals::noise(17, 5120 + 1000))
-        samples.push_back(static_cast<int>(sample * 32768.0f));
+    const std::vector<int> samples = signals::as16Bit(signals::noise(17, 5120 + 1000));
     const std::string path = folder.write(
         "take.wav", wave::fileClaiming(wave::Format(), 2 * 5120, wave::samples16(samples)));
     const VXExtractParams params = paramsOf(1024, 256, 3);
     VXLandmarkExtract fromFile(params);
     VXLandmarkExtract fromMemory(params);
-    Samples values;
-    for (const int sample : samples)
-        values.push_back(static_cast<float>(sample) / 32768.0f);
-    SignalInput input(values);
-    input.claimedFrames = 5120;
+    Samples values = signals::asRead(samples);
+    SignalInput input(values, 5120);
 
     const std::unique_ptr<VXS::VXFile> file(fromFile.run(path, 1));
     const std::unique_ptr<VXS::VXFile> memory(fromMemory.run(&input, 1));
@@ -409,17 +373,13 @@ TEST(FrameWalk, BytesAfterTheDataChunkOfAFileAreHeard)
 TEST(FrameWalk, EndOfAFileWithinABlockRepeatsItsLastSampleOnce)
 {
     const wave::TempFolder folder;
-    std::vector<int> samples;
-    for (const float sample : signals::noise(17, 5220))
-        samples.push_back(static_cast<int>(sample * 32768.0f));
+    const std::vector<int> samples = signals::as16Bit(signals::noise(17, 5220));
     const std::string path = folder.write("take.wav", wave::file16(samples));
     VXLandmarkExtract extractor(paramsOf(1024, 256, 3));
 
     const std::unique_ptr<VXS::VXFile> file(extractor.run(path, 1));
 
-    Samples values;
-    for (const int sample : samples)
-        values.push_back(static_cast<float>(sample) / 32768.0f);
+    Samples values = signals::asRead(samples);
     values.push_back(values.back());
     // 5220 / 256 = 20.4: 20 + 4 - 1 = 23 frames, and the last one begins at 23 * 256 - 1024.
     Samples last(values.begin() + 4864, values.end());

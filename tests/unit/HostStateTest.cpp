@@ -52,10 +52,7 @@ class HostState : public testing::Test
 protected:
     HostState()
     {
-        const signals::Samples sound = signals::noise(7, 128000);
-        std::vector<int> samples;
-        for (const float sample : sound)
-            samples.push_back(static_cast<int>(sample * 32768.0f));
+        const std::vector<int> samples = signals::as16Bit(signals::noise(7, 128000));
         const std::vector<int> early(samples.begin(), samples.begin() + 96000);
         const std::vector<int> late(samples.begin() + 32000, samples.end());
         paths = {folder.write("early.wav", wave::file16(early)),
@@ -274,22 +271,15 @@ TEST_P(HostStateRounding, ChangesNoLevelAndNoRate)
 INSTANTIATE_TEST_SUITE_P(Modes, HostStateRounding,
                          testing::Values(FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO));
 
-class ThrowingInput : public signals::SignalInput
-{
-public:
-    using SignalInput::SignalInput;
-
-    bool read_mono(array<float>&) override { throw std::runtime_error("no more"); }
-};
-
 TEST_F(HostState, RoundingStaysWhereASourceThrows)
 {
     const Environment environment;
     VXLandmarkExtract extractor{VXExtractParams()};
-    ThrowingInput input(signals::silence(8000));
+    signals::SignalInput input(signals::silence(8000));
+    input.throwIn("read_mono", 1);
     std::fesetround(FE_UPWARD);
 
-    EXPECT_THROW(delete extractor.run(&input, 1), std::runtime_error);
+    EXPECT_THROW(delete extractor.run(&input, 1), std::domain_error);
 
     EXPECT_EQ(FE_UPWARD, std::fegetround());
 }

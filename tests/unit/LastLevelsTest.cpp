@@ -35,29 +35,12 @@ Samples risingNoise()
     return samples;
 }
 
-class ThrowingInput final : public signals::SignalInput
-{
-public:
-    ThrowingInput(Samples newSamples, int newLastRead)
-        : SignalInput(std::move(newSamples)), readsLeft(newLastRead - 1)
-    {
-    }
-
-    bool read_mono(VXS::array<float>& block) override
-    {
-        if (readsLeft-- == 0) throw std::runtime_error("no more");
-        return SignalInput::read_mono(block);
-    }
-
-private:
-    int readsLeft;
-};
-
 // Runs until the source throws, which is in its read of the given number, from 1.
 void runUpTo(VXLandmarkExtract& extractor, int lastRead)
 {
-    ThrowingInput input(risingNoise(), lastRead);
-    EXPECT_THROW(delete extractor.run(&input, 1), std::runtime_error);
+    signals::SignalInput input(risingNoise());
+    input.throwIn("read_mono", lastRead);
+    EXPECT_THROW(delete extractor.run(&input, 1), std::domain_error);
 }
 
 std::size_t countPeaks(const VXLandmarkExtract& extractor)

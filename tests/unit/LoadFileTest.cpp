@@ -31,28 +31,12 @@ signals::Samples someSound()
     return signals::noise(7, 16000);
 }
 
-std::vector<int> as16Bit(const signals::Samples& samples)
-{
-    std::vector<int> result;
-    for (const float sample : samples)
-        result.push_back(static_cast<int>(sample * 32768.0f));
-    return result;
-}
-
-signals::Samples asRead(const std::vector<int>& samples)
-{
-    signals::Samples result;
-    for (const int sample : samples)
-        result.push_back(static_cast<float>(sample) / 32768.0f);
-    return result;
-}
-
 } // namespace
 
 TEST(LoadFile, RunOfAPathGivesWhatTheSamplesGive)
 {
     const wave::TempFolder folder;
-    const std::vector<int> samples = as16Bit(someSound());
+    const std::vector<int> samples = signals::as16Bit(someSound());
     const std::string path = folder.write("take.wav", wave::file16(samples));
     VXLandmarkExtract extractor{VXExtractParams()};
 
@@ -61,7 +45,7 @@ TEST(LoadFile, RunOfAPathGivesWhatTheSamplesGive)
     ASSERT_NE(nullptr, file);
     EXPECT_EQ(4, file->getFileID());
     EXPECT_FALSE(signals::landmarksOf(*file).empty());
-    EXPECT_EQ(signals::extractLandmarks(VXExtractParams(), asRead(samples)),
+    EXPECT_EQ(signals::extractLandmarks(VXExtractParams(), signals::asRead(samples)),
               signals::landmarksOf(*file));
 }
 
@@ -69,7 +53,8 @@ TEST(LoadFile, UnfinishedRecordingGivesAnEmptyFile)
 {
     const wave::TempFolder folder;
     const std::string path = folder.write(
-        "take.wav", wave::fileClaiming(wave::Format(), 0, wave::samples16(as16Bit(someSound()))));
+        "take.wav",
+        wave::fileClaiming(wave::Format(), 0, wave::samples16(signals::as16Bit(someSound()))));
     VXLandmarkExtract extractor{VXExtractParams()};
 
     const FileHolder file(extractor.run(path, 1));
@@ -97,7 +82,7 @@ TEST(LoadFile, RecordingOf24BitsIsSilence)
 TEST(LoadFile, RecordingThatClaimsTooMuchEndsInSilence)
 {
     const wave::TempFolder folder;
-    std::vector<int> samples = as16Bit(signals::noise(7, 8192));
+    std::vector<int> samples = signals::as16Bit(signals::noise(7, 8192));
     const std::string path = folder.write(
         "take.wav", wave::fileClaiming(wave::Format(), 32000, wave::samples16(samples)));
     samples.resize(16000);
@@ -107,7 +92,7 @@ TEST(LoadFile, RecordingThatClaimsTooMuchEndsInSilence)
 
     EXPECT_EQ(63u, extractor.frames->size());
     EXPECT_FALSE(signals::landmarksOf(*file).empty());
-    EXPECT_EQ(signals::extractLandmarks(VXExtractParams(), asRead(samples)),
+    EXPECT_EQ(signals::extractLandmarks(VXExtractParams(), signals::asRead(samples)),
               signals::landmarksOf(*file));
 }
 

@@ -33,49 +33,13 @@ signals::Samples someSound()
     return signals::noise(7, 16000);
 }
 
-// Throws when the given operation is called for the given time, from 1.
-class ThrowingInput final : public SignalInput
-{
-public:
-    ThrowingInput(signals::Samples newSamples, std::string newOperation, int newTurn)
-        : SignalInput(std::move(newSamples)), operation(std::move(newOperation)), turn(newTurn)
-    {
-    }
-
-    unsigned int getFrames() override
-    {
-        strike("getFrames");
-        return SignalInput::getFrames();
-    }
-
-    bool read_mono(VXS::array<float>& block) override
-    {
-        strike("read_mono");
-        return SignalInput::read_mono(block);
-    }
-
-    bool rewind() override
-    {
-        strike("rewind");
-        return SignalInput::rewind();
-    }
-
-private:
-    void strike(const std::string& called)
-    {
-        if (called == operation && --turn == 0) throw std::domain_error("source is gone");
-    }
-
-    std::string operation;
-    int turn;
-};
-
 // What a source throws in `operation` passes through, and the next recording comes out as from a
 // new extractor.
 void expectUsableAfterThrow(const std::string& operation, int turn)
 {
     VXLandmarkExtract extractor{VXExtractParams()};
-    ThrowingInput broken(signals::noise(3, 16000), operation, turn);
+    SignalInput broken(signals::noise(3, 16000));
+    broken.throwIn(operation, turn);
     SignalInput input(someSound());
 
     EXPECT_THROW(FileHolder(extractor.run(&broken, 1)), std::domain_error);
@@ -297,7 +261,8 @@ TEST(VXLandmarkExtract, ThrowingReadInTheMainPassLeavesTheExtractorUsable)
 TEST(VXLandmarkExtract, PeaksBeforeAThrowCanBePrinted)
 {
     VXLandmarkExtract extractor{VXExtractParams()};
-    ThrowingInput broken(someSound(), "read_mono", 40);
+    SignalInput broken(someSound());
+    broken.throwIn("read_mono", 40);
     EXPECT_THROW(FileHolder(extractor.run(&broken, 1)), std::domain_error);
 
     const Console console;
@@ -314,8 +279,7 @@ TEST(VXLandmarkExtract, MoreFramesThan32BitsHoldThrowLengthError)
     VXExtractParams params;
     params.setHopSize(1);
     VXLandmarkExtract extractor(params);
-    SignalInput input(signals::silence(100));
-    input.claimedFrames = std::numeric_limits<unsigned int>::max();
+    SignalInput input(signals::silence(100), std::numeric_limits<unsigned int>::max());
 
     EXPECT_THROW(FileHolder(extractor.run(&input, 1)), std::length_error);
 
@@ -327,8 +291,7 @@ TEST(VXLandmarkExtract, ExtractorIsUsableAfterALengthError)
     VXExtractParams params;
     params.setHopSize(1);
     VXLandmarkExtract extractor(params);
-    SignalInput huge(signals::silence(100));
-    huge.claimedFrames = std::numeric_limits<unsigned int>::max();
+    SignalInput huge(signals::silence(100), std::numeric_limits<unsigned int>::max());
     SignalInput input(signals::noise(7, 600));
 
     EXPECT_THROW(FileHolder(extractor.run(&huge, 1)), std::length_error);
@@ -438,6 +401,7 @@ TEST(VXLandmarkExtract, CallsTheSourceInOrder)
 {
     VXLandmarkExtract extractor{VXExtractParams()};
     SignalInput input(signals::noise(7, 3000));
+    input.keepsCalls = true;
 
     const FileHolder file(extractor.run(&input, 1));
 
