@@ -654,6 +654,59 @@ TEST(VXHistogramSetProcessor, SquaresAreSummedInAscendingOffset)
     EXPECT_EQ(record.stdDevCount, std::sqrt(squares / 100.0f));
 }
 
+// Above 2^24 a float holds no odd number, so that a single vote more is lost in each step of the
+// sum; in any other order, or in a wider sum, the single votes would add up first.
+TEST(VXHistogramSetProcessor, VotesAreSummedInSinglePrecisionByAscendingOffset)
+{
+    Evaluation evaluation({0, 64}, {0, 64});
+    constexpr std::uint64_t many = std::uint64_t{1} << 24u;
+    evaluation.histogram->append(0, many);
+    for (std::int64_t offset = 1; offset <= 128; ++offset)
+        evaluation.histogram->append(offset, 1);
+
+    // 2^24 / 64, and not (2^24 + 128) / 64.
+    EXPECT_EQ(evaluation.run().meanCount, 262144.0f);
+}
+
+// The mean is (4098 + 102) / 2100 = 2, so that the first square is 4096^2 = 2^24 and each of the
+// others 1, which a float that holds 2^24 does not take up.
+TEST(VXHistogramSetProcessor, SquaresAreSummedInSinglePrecisionByAscendingOffset)
+{
+    Evaluation evaluation({0, 2100}, {0, 2100});
+    evaluation.histogram->append(0, 4098);
+    for (std::int64_t offset = 1; offset <= 102; ++offset)
+        evaluation.histogram->append(offset, 1);
+
+    const VXMergeStats& record = evaluation.run();
+
+    EXPECT_EQ(record.meanCount, 2.0f);
+    EXPECT_EQ(record.stdDevCount, std::sqrt(16777216.0f / 2100.0f));
+}
+
+// Three bins for which a mean, a distance, a square or a quotient in double precision, or a product
+// with 1 / 15 for the quotient, each gives a deviation whose last bit is another.
+TEST(VXHistogramSetProcessor, EveryStepOfTheDeviationIsRoundedToSinglePrecision)
+{
+    Evaluation evaluation({0, 15}, {0, 15});
+    VXLandmark* vote = landmarkAt(*evaluation.fileA, 0);
+    addVotes(*evaluation.histogram, 0, 42, vote);
+    addVotes(*evaluation.histogram, 1, 38, vote);
+    addVotes(*evaluation.histogram, 2, 23, vote);
+
+    const VXMergeStats& record = evaluation.run();
+
+    // 103 votes over 15 frames.
+    const float mean = 103.0f / 15.0f;
+    float squares = 0.0f;
+    for (const float votes : {42.0f, 38.0f, 23.0f}) {
+        const float distance = votes - mean;
+        const float square = distance * distance;
+        squares += square;
+    }
+    const float variance = squares / 15.0f;
+    EXPECT_EQ(record.stdDevCount, std::sqrt(variance));
+}
+
 TEST(VXHistogramSetProcessor, VarianceBelowItsFloorIsRaised)
 {
     Evaluation evaluation({0, 64}, {0, 64});
