@@ -22,10 +22,13 @@ add_library(
     src/VXFileSetProcessor.cpp
     src/VXHistogram.cpp
     src/VXHistogramSetProcessor.cpp
+    src/VXKeyIndex.cpp
+    src/VXKeyProgress.cpp
     src/VXLandmark.cpp
     src/VXLandmarkExtract.cpp
     src/VXMergeStats.cpp
     src/VXMergeStatsSetProcessor.cpp
+    src/VXPairCounter.cpp
     src/wavfile.cpp)
 set_target_properties(
     vxl_audio_core

@@ -6,10 +6,6 @@ namespace VXS
 namespace
 {
 
-// A byte from 1 to 127 is a bin one offset above the one before it, with that many votes. Any other
-// bin is this mark, the step from the bin before it, and its votes, both in groups of seven bits
-// with the lowest first and the top bit set in all but the last byte.
-constexpr std::uint8_t spelledOut = 0;
 constexpr std::uint64_t lowBits = 0x7Fu;
 constexpr std::uint8_t moreFollows = 0x80u;
 
@@ -52,29 +48,8 @@ std::int64_t stepFrom(std::int64_t offset, std::uint64_t step)
 
 } // namespace
 
-VXHistogram::const_iterator::const_iterator(const std::uint8_t* first, const std::uint8_t* end,
-                                            std::int64_t before)
-    : position(first), next(first), packedEnd(end), bin{before, 0}
+void VXHistogram::const_iterator::unpackSpelledOut()
 {
-    if (position != packedEnd) unpack();
-}
-
-VXHistogram::const_iterator& VXHistogram::const_iterator::operator++()
-{
-    position = next;
-    if (position != packedEnd) unpack();
-    return *this;
-}
-
-void VXHistogram::const_iterator::unpack()
-{
-    const std::uint8_t head = *next;
-    ++next;
-    if (head != spelledOut) {
-        bin.offset = stepFrom(bin.offset, 1);
-        bin.votes = head;
-        return;
-    }
     bin.offset = stepFrom(bin.offset, unpackNumber(next));
     bin.votes = unpackNumber(next);
 }
@@ -94,6 +69,11 @@ VXHistogram::const_iterator VXHistogram::end() const
 VXHistogram::const_iterator VXHistogram::find(std::int64_t offset) const
 {
     const const_iterator stop = end();
+    // The one that is asked for.
+    if (offset == best.offset && !empty()) {
+        return const_iterator(packed.data() + bestPosition, packed.data() + packed.size(),
+                              beforeBest);
+    }
     for (const_iterator bin = begin(); bin != stop; ++bin) {
         if (bin->offset == offset) return bin;
         if (bin->offset > offset) break;
@@ -108,21 +88,40 @@ void VXHistogram::append(std::int64_t offset, std::uint64_t votes)
         firstOffset = offset;
         lastOffset = offset;
     }
+    const std::size_t position = packed.size();
+    const std::int64_t before = lastOffset;
     const std::uint64_t step = stepBetween(lastOffset, offset);
-    if (step == 1 && votes > 0 && votes <= lowBits) {
+    if (step == 1 && votes > 0 && votes < VXPackedBin::firstOfSteps) {
         packed.push_back(static_cast<std::uint8_t>(votes));
+    } else if (step - 2 <= VXPackedBin::mostStep - 2 && votes - 1 < VXPackedBin::votesOfAStep) {
+        packed.push_back(static_cast<std::uint8_t>(
+            VXPackedBin::firstOfSteps + (step - 2) * VXPackedBin::votesOfAStep + (votes - 1)));
     } else {
         // All at once: what is left of a bin where memory runs out would read as another.
-        std::uint8_t bin[longestBin] = {spelledOut};
+        std::uint8_t bin[longestBin] = {VXPackedBin::spelledOut};
         std::uint8_t* const stop = packNumber(packNumber(bin + 1, step), votes);
         packed.insert(packed.end(), &bin[0], stop);
     }
     lastOffset = offset;
     ++binCount;
+    allVotes += votes;
 
     const auto count = static_cast<float>(votes);
     // Equal counts hand over to the later bin: bins rise, so of a tie the highest offset wins.
-    if (count >= best.votes) best = {count, offset};
+    if (count >= best.votes) {
+        best = {count, offset};
+        bestPosition = position;
+        beforeBest = before;
+    }
+}
+
+void VXHistogram::clear()
+{
+    packed.clear();
+    binCount = 0;
+    allVotes = 0;
+    best = Best();
+    keptEnds.clear();
 }
 
 void VXHistogram::keepEnds(std::int64_t offset, const Ends& ends)

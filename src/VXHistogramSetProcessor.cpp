@@ -45,6 +45,19 @@ float countLandmarks(VXFile* file, std::int64_t start, std::int64_t end)
     return static_cast<float>(file->queryNumberLandmarksInBetween(start, end));
 }
 
+// The sum of the bins in single precision, by ascending offset.
+float sumOfVotes(const VXHistogram& histogram)
+{
+    // Up to here single precision holds every whole number, and so every sum on the way.
+    constexpr std::uint64_t mostExact = std::uint64_t{1} << 24u;
+    if (histogram.votes() <= mostExact) return static_cast<float>(histogram.votes());
+
+    float sum = 0.0f;
+    for (const auto& bin : histogram)
+        sum += static_cast<float>(bin.votes);
+    return sum;
+}
+
 // The mean is taken over the frames of the overlap, the number of bins that the pair could have
 // had, while the squares are summed over the bins that exist. Taken over the existing bins alone
 // the noise would look larger, and short overlaps would lose their links.
@@ -53,10 +66,7 @@ Noise measureNoise(const VXHistogram* histogram, float overlapLength)
     constexpr float leastVariance = 0.1f;
     if (histogram == nullptr) return {0.0f, std::sqrt(leastVariance)};
 
-    float sum = 0.0f;
-    for (const auto& bin : *histogram)
-        sum += static_cast<float>(bin.votes);
-    const float mean = sum / overlapLength;
+    const float mean = sumOfVotes(*histogram) / overlapLength;
 
     float squares = 0.0f;
     for (const auto& bin : *histogram) {

@@ -64,7 +64,7 @@ Synchronisation synchronise(VXS::VXFileSet& fileSet)
     times.index = secondsOf([&] { fileSetProcessor.addLandmarks(&fileSet, nullptr); });
     times.votes = secondsOf([&] {
         histograms.reset(fileSetProcessor.convert2Histograms(nullptr));
-        fileSetProcessor.clear();
+        fileSetProcessor.landmarkIndex.clear();
     });
     for (const auto& histogram : *histograms) {
         for (const auto& bin : *histogram.second)

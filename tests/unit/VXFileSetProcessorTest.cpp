@@ -77,13 +77,14 @@ std::ostream& operator<<(std::ostream& stream, const Filed& filed)
 std::map<std::uint32_t, std::vector<Filed>> indexOf(const VXFileSetProcessor& processor)
 {
     std::map<std::uint32_t, std::vector<Filed>> index;
-    for (const auto& deal : processor.landmarkIndex) {
-        for (const auto* block : deal.blocks) {
-            for (const auto* entry = block; entry != block + deal.blockSize; ++entry) {
-                if (entry == deal.next) break;
-                const auto& place = processor.places[entry->place];
-                index[processor.keyOfSpread(entry->spreadKey)].push_back(
-                    {processor.owners[place.file].fileID, place.offset});
+    const VXKeyIndex& filed = processor.landmarkIndex;
+    for (const auto& partition : filed.partitions) {
+        for (const auto* block : partition.blocks) {
+            for (const auto* posting = block; posting != block + partition.blockSize; ++posting) {
+                if (posting == partition.next) break;
+                const auto& position = filed.positions[posting->position];
+                index[VXKeyIndex::keyOf(posting->mixedKey)].push_back(
+                    {filed.fileID(position.file), position.offset});
             }
         }
     }

@@ -1,5 +1,8 @@
+#include "VXPairCounter.h"
+
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
 #include <limits>
 #include <map>
 #include <utility>
@@ -45,7 +48,7 @@ VXHistogramSetHolder histogramsOf(VXFileSet& fileSet)
 }
 
 // Files 3 and 4 meet in the last frame of all. Beside files from frame 0 on a frame takes 31 bits
-// then and a file two more, so that a voter needs more than 32.
+// then and a file two more, so that a code needs more than 32.
 void addDistantPair(VXFileSet& fileSet)
 {
     addFileWith(fileSet, 3, {{1000000, highestFrame}});
@@ -60,14 +63,6 @@ VXHistogramSetHolder widelyCounted(VXFileSet& fileSet)
     return VXHistogramSetHolder(processor.run(&fileSet, nullptr));
 }
 
-// Puts a landmark into the frame's list of a file, which keeps it, whatever file it names.
-VXLandmark* addStray(VXFile& holder, VXFile* named, std::int32_t frame, std::uint32_t key)
-{
-    auto* const stray = new VXLandmark(frame, named, key);
-    holder.getLandmarkMap()[frame].push_back(stray);
-    return stray;
-}
-
 // The keys from 1 on, each at the frame of its number.
 Marks marksUpTo(std::uint32_t lastKey)
 {
@@ -79,8 +74,8 @@ Marks marksUpTo(std::uint32_t lastKey)
 
 } // namespace
 
-// The offsets lie between -3,000,000 and 3,000,000, far more than are counted at a time.
-TEST(Voting, OffsetsFarApartAreAllCounted)
+// Four votes for offsets between -3,000,000 and 3,000,000.
+TEST(VXPairCounter, OffsetsFarApartAreAllCounted)
 {
     VXFileSet fileSet;
     const Marks marks = {{1, 0}, {1, 3000000}};
@@ -93,20 +88,144 @@ TEST(Voting, OffsetsFarApartAreAllCounted)
               voteCountsOf(*histograms));
 }
 
-// 1,048,576 offsets are counted at a time. They begin at 0 - 1048577 here, so that -2 is the last
-// of the first round, and -1 the only one of the second.
-TEST(Voting, OffsetsOnBothSidesOfARoundAreCounted)
+// A pair of 16 slots a vote is counted in a table, one of more by sorting: 2 votes and 33 offsets,
+// from -32 to 0 and from -33 to 0. Both give what they should.
+TEST(VXPairCounter, PairsOnBothSidesOfTheTableAreCounted)
 {
+    for (const std::int32_t distance : {32, 33}) {
+        SCOPED_TRACE(distance);
+        VXFileSet fileSet;
+        VXFile* const first = addFileWith(fileSet, 1, {{1, 0}});
+        addFileWith(fileSet, 2, {{1, 0}, {1, distance}});
+
+        const auto histograms = histogramsOf(fileSet);
+
+        EXPECT_EQ((PairVotes{{{1, 2}, {{-distance, 1}, {0, 1}}}}), voteCountsOf(*histograms));
+        EXPECT_EQ(landmarkAt(*first, 0), leastVoteIn(*histograms->at(Pair(1, 2)), 0));
+    }
+}
+
+// Of file 1, 400 frames meet in file 2, and one landmark in file 3 stands a billion frames away.
+TEST(VXPairCounter, FarPairLeavesAnotherItsTable)
+{
+    constexpr std::int32_t far = 1000000000;
     VXFileSet fileSet;
-    addFileWith(fileSet, 1, {{1, 0}, {2, 1048575}});
-    addFileWith(fileSet, 2, {{1, 1048576}, {2, 1048576}, {2, 1048577}});
+    VXFile* const first = addFileWith(fileSet, 1, marksUpTo(400));
+    addFileWith(fileSet, 2, marksUpTo(400));
+    addFileWith(fileSet, 3, {{5, far}, {9, 4}, {9, 5}});
 
     const auto histograms = histogramsOf(fileSet);
 
-    EXPECT_EQ((PairVotes{{{1, 2}, {{-1048576, 1}, {-2, 1}, {-1, 1}}}}), voteCountsOf(*histograms));
+    EXPECT_EQ((PairVotes{{{1, 2}, {{0, 400}}},
+                         {{1, 3}, {{5 - far, 1}, {4, 1}, {5, 1}}},
+                         {{2, 3}, {{5 - far, 1}, {4, 1}, {5, 1}}}}),
+              voteCountsOf(*histograms));
+    EXPECT_EQ(landmarkAt(*first, 400), greatestVoteIn(*histograms->at(Pair(1, 2)), 0));
+    EXPECT_EQ(landmarkAt(*first, 9), leastVoteIn(*histograms->at(Pair(1, 3)), 5));
 }
 
-TEST(Voting, WideFilesThatShareNoKeyHaveNoPair)
+// 1,100 * 1,000 votes, more than are sorted at a time, whose offsets lie 1,000 frames apart: frame
+// 1000 * i of the one file and 1000 * j of the other vote for 1000 * (i - j).
+TEST(VXPairCounter, VotesThatAreSortedInPartsAreCountedTogether)
+{
+    VXFileSet fileSet;
+    Marks marks;
+    for (std::int32_t i = 0; i < 1100; ++i)
+        marks.push_back({7, 1000 * i});
+    VXFile* const first = addFileWith(fileSet, 1, marks);
+    marks.resize(1000);
+    addFileWith(fileSet, 2, marks);
+    addFileWith(fileSet, 3, {{8, 0}});
+    VoteCounts expected;
+    for (std::int32_t i = 0; i < 1100; ++i) {
+        for (std::int32_t j = 0; j < 1000; ++j)
+            ++expected[1000 * (i - j)];
+    }
+    VXFileSetProcessor processor(10000);
+
+    const VXHistogramSetHolder histograms(processor.run(&fileSet, nullptr));
+
+    EXPECT_EQ((PairVotes{{{1, 2}, expected}}), voteCountsOf(*histograms));
+    // Offsets from 0 to 100,000 have 1,000 votes each, and the highest is the best: frames 100,000
+    // to 1,099,000.
+    const VXHistogram& histogram = *histograms->at(Pair(1, 2));
+    EXPECT_EQ(landmarkAt(*first, 100000), leastVoteIn(histogram, 100000));
+    EXPECT_EQ(landmarkAt(*first, 1099000), greatestVoteIn(histogram, 100000));
+}
+
+// 299 files behind the first, of 1,001 frames and so 2,001 offsets each: some 600,000 counters,
+// while a table of 32-bit counters takes 131,072.
+TEST(VXPairCounter, PairsOfManyFilesAreCountedGroupByGroup)
+{
+    constexpr std::int64_t fileCount = 300;
+    VXFileSet fileSet;
+    Marks marks;
+    for (std::uint32_t key = 0; key <= 200; ++key)
+        marks.push_back({key, static_cast<std::int32_t>(5 * key)});
+    for (std::int64_t fileID = 1; fileID <= fileCount; ++fileID) {
+        // Each file begins a frame after the one before.
+        Marks own = marks;
+        for (KeyAtFrame& mark : own)
+            mark.frame -= static_cast<std::int32_t>(fileID);
+        addFileWith(fileSet, fileID, own);
+    }
+    VXFileSetProcessor processor(1000);
+
+    const VXHistogramSetHolder histograms(processor.run(&fileSet, nullptr));
+
+    PairVotes expected;
+    for (std::int64_t lower = 1; lower <= fileCount; ++lower) {
+        for (std::int64_t higher = lower + 1; higher <= fileCount; ++higher)
+            expected[{lower, higher}] = {{higher - lower, 201}};
+    }
+    EXPECT_EQ(expected, voteCountsOf(*histograms));
+    VXFile& first = *fileSet.getFiles().at(1);
+    EXPECT_EQ(landmarkAt(first, -1), leastVoteIn(*histograms->at(Pair(1, fileCount)), 299));
+    EXPECT_EQ(landmarkAt(first, 999), greatestVoteIn(*histograms->at(Pair(1, fileCount)), 299));
+}
+
+// A day of sound in each of twenty recordings, with a hundred landmarks that stand far apart: the
+// offsets are a billion, the votes 19,000. To walk the offsets would take seconds.
+TEST(VXPairCounter, VotesFarApartCostNoMoreThanVotes)
+{
+    constexpr double mostSeconds = 2.0;
+    VXFileSet fileSet;
+    for (std::int64_t fileID = 1; fileID <= 20; ++fileID) {
+        Marks marks;
+        for (std::uint32_t key = 0; key < 100; ++key)
+            marks.push_back({key, static_cast<std::int32_t>(27000 * key)});
+        addFileWith(fileSet, fileID, marks);
+    }
+    const std::clock_t start = std::clock();
+
+    const auto histograms = histogramsOf(fileSet);
+
+    EXPECT_GT(mostSeconds, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
+    ASSERT_EQ(190u, histograms->size());
+    EXPECT_EQ((VoteCounts{{0, 100}}), voteCountsOf(*histograms->at(Pair(19, 20))));
+}
+
+// File 1's landmark in the last frame of all stands in the list of file 2, as in a damaged set.
+TEST(VXPairCounter, LandmarkInAnotherFileBringsNoSpanThatIsWalked)
+{
+    constexpr double mostSeconds = 2.0;
+    VXFileSet fileSet;
+    VXFile* const first = addFileWith(fileSet, 1, marksUpTo(50));
+    VXFile* const second = addFileWith(fileSet, 2, marksUpTo(50));
+    second->getLandmarkMap()[3].push_back(new VXLandmark(highestFrame, first, 7));
+    for (std::int64_t fileID = 3; fileID <= 12; ++fileID)
+        addFileWith(fileSet, fileID, marksUpTo(50));
+    const std::clock_t start = std::clock();
+
+    const auto histograms = histogramsOf(fileSet);
+
+    EXPECT_GT(mostSeconds, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
+    EXPECT_EQ((VoteCounts{{0, 50}, {highestFrame - 7, 1}}),
+              voteCountsOf(*histograms->at(Pair(1, 2))));
+    EXPECT_EQ((VoteCounts{{0, 50}}), voteCountsOf(*histograms->at(Pair(2, 3))));
+}
+
+TEST(VXPairCounter, WideFilesThatShareNoKeyHaveNoPair)
 {
     VXFileSet fileSet;
     addFileWith(fileSet, 1, {{1, 0}, {1, 5000}});
@@ -120,24 +239,7 @@ TEST(Voting, WideFilesThatShareNoKeyHaveNoPair)
               voteCountsOf(*histograms));
 }
 
-// 131,072 landmarks in each of two counted files, a hundred in a frame.
-TEST(Voting, QuarterOfAMillionLandmarksVote)
-{
-    constexpr std::uint32_t count = 131072;
-    VXFileSet fileSet;
-    Marks marks;
-    for (std::uint32_t key = 0; key < count; ++key)
-        marks.push_back({key, static_cast<std::int32_t>(key / 100)});
-    addFileWith(fileSet, 1, marks);
-    addFileWith(fileSet, 2, marks);
-    fileSet.computeAllCLFs();
-
-    const auto histograms = histogramsOf(fileSet);
-
-    EXPECT_EQ((PairVotes{{{1, 2}, {{0, count}}}}), voteCountsOf(*histograms));
-}
-
-TEST(Voting, VotesTooManyFor32BitsAreCountedAlike)
+TEST(VXPairCounter, VotesTooManyFor32BitsAreCountedAlike)
 {
     VXFileSet fileSet;
     addFileWith(fileSet, 1, {{1, 10}, {2, 11}});
@@ -148,7 +250,7 @@ TEST(Voting, VotesTooManyFor32BitsAreCountedAlike)
     EXPECT_EQ((PairVotes{{{1, 2}, {{5, 1}, {6, 2}}}}), voteCountsOf(*histograms));
 }
 
-TEST(Voting, VotesTooManyFor32BitsAreCountedAlikeWhereOffsetsLieFarApart)
+TEST(VXPairCounter, VotesTooManyFor32BitsAreCountedAlikeWhereOffsetsLieFarApart)
 {
     VXFileSet fileSet;
     const Marks marks = {{1, 0}, {1, 3000000}};
@@ -163,7 +265,7 @@ TEST(Voting, VotesTooManyFor32BitsAreCountedAlikeWhereOffsetsLieFarApart)
 
 // The keys come in an order that has nothing to do with their frames, so once they stand at falling
 // frames as well.
-TEST(Voting, EndsOfVotersOf64BitsAreThoseOfAllKeysHoweverMany)
+TEST(VXPairCounter, EndsOfCodesOf64BitsAreThoseOfAllKeysHoweverMany)
 {
     constexpr std::int32_t last = 2000;
     Marks rising = marksUpTo(last);
@@ -185,7 +287,7 @@ TEST(Voting, EndsOfVotersOf64BitsAreThoseOfAllKeysHoweverMany)
     }
 }
 
-TEST(Voting, OffsetsFarApartOfVotersOf64BitsAreAllCounted)
+TEST(VXPairCounter, OffsetsFarApartOfCodesOf64BitsAreAllCounted)
 {
     for (const bool isWide : {false, true}) {
         SCOPED_TRACE(isWide);
@@ -202,7 +304,7 @@ TEST(Voting, OffsetsFarApartOfVotersOf64BitsAreAllCounted)
     }
 }
 
-TEST(Voting, KeyOf251LandmarksOfVotersOf64BitsCastsNoVote)
+TEST(VXPairCounter, KeyOf251LandmarksOfCodesOf64BitsCastsNoVote)
 {
     VXFileSet fileSet;
     addFileWith(fileSet, 1, Marks(250, {7, 20}));
@@ -214,53 +316,7 @@ TEST(Voting, KeyOf251LandmarksOfVotersOf64BitsCastsNoVote)
     EXPECT_EQ((PairVotes{{{3, 4}, {{0, 1}}}}), voteCountsOf(*histograms));
 }
 
-TEST(Voting, SetsThatAreAddedOneAfterTheOtherVoteTogether)
-{
-    VXFileSet firstSet;
-    addFileWith(firstSet, 1, {{1, 10}});
-    VXFileSet secondSet;
-    addFileWith(secondSet, 2, {{1, 4}});
-    VXFileSetProcessor processor(cap);
-    processor.addLandmarks(&firstSet, nullptr);
-    processor.addLandmarks(&secondSet, nullptr);
-
-    const VXHistogramSetHolder histograms(processor.convert2Histograms(nullptr));
-
-    EXPECT_EQ((PairVotes{{{1, 2}, {{6, 1}}}}), voteCountsOf(*histograms));
-}
-
-TEST(Voting, FewLandmarksAreKeptInOneDealOfSingleBlocks)
-{
-    VXFileSet fileSet;
-    addFileWith(fileSet, 1, marksUpTo(600));
-    fileSet.computeAllCLFs();
-    VXFileSetProcessor processor(cap);
-
-    processor.addLandmarks(&fileSet, nullptr);
-
-    ASSERT_EQ(1u, processor.landmarkIndex.size());
-    EXPECT_EQ(1u, processor.blockStore.blocksAtATime);
-    EXPECT_EQ(2u, processor.landmarkIndex[0].blocks.size());
-}
-
-TEST(Voting, RunLeavesNothingDealt)
-{
-    VXFileSet fileSet;
-    const Marks marks = marksUpTo(9000);
-    addFileWith(fileSet, 1, marks);
-    addFileWith(fileSet, 2, marks);
-    fileSet.computeAllCLFs();
-    VXFileSetProcessor processor(cap);
-
-    const VXHistogramSetHolder histograms(processor.run(&fileSet, nullptr));
-
-    EXPECT_EQ(0u, processor.dealBits);
-    EXPECT_EQ(1u, processor.landmarkIndex.size());
-    EXPECT_TRUE(processor.places.empty());
-    EXPECT_TRUE(processor.owners.empty());
-}
-
-TEST(Voting, HistogramsKeepNoMoreMemoryThanTheyFill)
+TEST(VXPairCounter, HistogramsKeepNoMoreMemoryThanTheyFill)
 {
     VXFileSet fileSet;
     const Marks marks = {{1, 0}, {1, 700}, {1, 5000}};
@@ -274,7 +330,7 @@ TEST(Voting, HistogramsKeepNoMoreMemoryThanTheyFill)
 }
 
 // A vote that stands beyond all ends found so far is found however late its key comes.
-TEST(Voting, EndsAreThoseOfAllKeysHoweverMany)
+TEST(VXPairCounter, EndsAreThoseOfAllKeysHoweverMany)
 {
     VXFileSet fileSet;
     const Marks marks = marksUpTo(2000);
@@ -289,7 +345,7 @@ TEST(Voting, EndsAreThoseOfAllKeysHoweverMany)
 }
 
 // Each of the others meets the first file in one key alone, and these keys come at any time.
-TEST(Voting, EndsOfPairsThatShareOneKeyAreFoundAmongManyKeys)
+TEST(VXPairCounter, EndsOfPairsThatShareOneKeyAreFoundAmongManyKeys)
 {
     for (std::uint32_t key = 1; key <= 900; key += 100) {
         SCOPED_TRACE(key);
@@ -308,7 +364,7 @@ TEST(Voting, EndsOfPairsThatShareOneKeyAreFoundAmongManyKeys)
     }
 }
 
-TEST(Voting, EndsAreFoundAmongManyKeysBesideAFileThatSharesNone)
+TEST(VXPairCounter, EndsAreFoundAmongManyKeysBesideAFileThatSharesNone)
 {
     VXFileSet fileSet;
     const Marks marks = marksUpTo(900);
@@ -326,7 +382,7 @@ TEST(Voting, EndsAreFoundAmongManyKeysBesideAFileThatSharesNone)
 }
 
 // Two thousand keys of one vote each: every percent is twenty of them.
-TEST(Voting, ConversionOfManyVotesReportsEachPercentOnce)
+TEST(VXPairCounter, ConversionOfManyVotesReportsEachPercentOnce)
 {
     VXFileSet fileSet;
     const Marks marks = marksUpTo(2000);
@@ -342,98 +398,6 @@ TEST(Voting, ConversionOfManyVotesReportsEachPercentOnce)
     for (int percent = 0; percent <= 100; ++percent)
         expected.push_back(fractionEvent(static_cast<float>(percent) / 100.0f));
     EXPECT_EQ(expected, progress.events);
-}
-
-// File 1's second vote stands in the list of file 2, among landmarks that are not it: one of file
-// 2, one without a file, one of another key, and none at all.
-TEST(Voting, EndThatStandsInAnotherFileIsFoundThere)
-{
-    VXFileSet fileSet;
-    VXFile* const first = addFileWith(fileSet, 1, {{1, 10}});
-    VXFile* const second = addFileWith(fileSet, 2, {{1, 5}, {2, 15}});
-    VXLandmark* const stray = addStray(*second, first, 20, 2);
-    addStray(*second, second, 20, 2);
-    addStray(*second, nullptr, 20, 2);
-    addStray(*second, first, 20, 3);
-    second->getLandmarkMap()[20].push_back(nullptr);
-
-    const auto histograms = histogramsOf(fileSet);
-
-    const VXHistogram& histogram = *histograms->at(Pair(1, 2));
-    EXPECT_EQ(landmarkAt(*first, 10), leastVoteIn(histogram, 5));
-    EXPECT_EQ(stray, greatestVoteIn(histogram, 5));
-}
-
-// File 2 holds a stray of file 1, so it is looked through first, and has something else in the
-// frame that is wanted.
-TEST(Voting, EndIsFoundBehindAFileThatHoldsItsFrameButNotItself)
-{
-    VXFileSet fileSet;
-    VXFile* const first = addFileWith(fileSet, 1, {{1, 10}, {1, 30}});
-    VXFile* const second = addFileWith(fileSet, 2, {{1, 10}, {4, 30}});
-    addStray(*second, first, 50, 9);
-
-    const auto histograms = histogramsOf(fileSet);
-
-    const VXHistogram& histogram = *histograms->at(Pair(1, 2));
-    EXPECT_EQ(landmarkAt(*first, 30), leastVoteIn(histogram, 20));
-}
-
-TEST(Voting, LandmarksOfOneFileOnBothSidesOfAStrayAreOneFiles)
-{
-    VXFileSet fileSet;
-    VXFile* const first = addFileWith(fileSet, 1, {{1, 10}});
-    VXFile* const second = addFileWith(fileSet, 2, {{1, 4}, {2, 4}});
-    addStray(*first, second, 10, 3);
-    addStray(*first, first, 10, 2);
-
-    const auto histograms = histogramsOf(fileSet);
-
-    EXPECT_EQ((PairVotes{{{1, 2}, {{6, 2}}}}), voteCountsOf(*histograms));
-}
-
-TEST(Voting, LandmarkThatTheHostTakesOutBeforeTheVotesVotesButIsNoEnd)
-{
-    VXFileSet fileSet;
-    VXFile* const first = addFileWith(fileSet, 1, {{1, 10}});
-    addFileWith(fileSet, 2, {{1, 4}});
-    VXFileSetProcessor processor(cap);
-    processor.addLandmarks(&fileSet, nullptr);
-    delete landmarkAt(*first, 10);
-    first->getLandmarkMap().clear();
-
-    const VXHistogramSetHolder histograms(processor.convert2Histograms(nullptr));
-
-    EXPECT_EQ((PairVotes{{{1, 2}, {{6, 1}}}}), voteCountsOf(*histograms));
-    EXPECT_EQ(nullptr, leastVoteIn(*histograms->at(Pair(1, 2)), 6));
-    EXPECT_EQ(nullptr, greatestVoteIn(*histograms->at(Pair(1, 2)), 6));
-}
-
-TEST(Voting, KeyOfLandmarksWithoutAFileAloneCastsNoVote)
-{
-    VXFileSet fileSet;
-    VXFile* const first = addFileWith(fileSet, 1, {{1, 10}});
-    addFileWith(fileSet, 2, {{1, 4}});
-    addStray(*first, nullptr, 11, 7);
-    addStray(*first, nullptr, 12, 7);
-
-    const auto histograms = histogramsOf(fileSet);
-
-    EXPECT_EQ((PairVotes{{{1, 2}, {{6, 1}}}}), voteCountsOf(*histograms));
-}
-
-// Two keys that stand first and second of all in the order of the index, filed the other way round.
-TEST(Voting, KeysThatAreFiledOutOfTheirOrderVote)
-{
-    const std::uint32_t foremost = VXFileSetProcessor::keyOfSpread(1);
-    const std::uint32_t next = VXFileSetProcessor::keyOfSpread(2);
-    VXFileSet fileSet;
-    addFileWith(fileSet, 1, {{next, 10}, {foremost, 20}});
-    addFileWith(fileSet, 2, {{next, 7}, {foremost, 16}});
-
-    const auto histograms = histogramsOf(fileSet);
-
-    EXPECT_EQ((PairVotes{{{1, 2}, {{3, 1}, {4, 1}}}}), voteCountsOf(*histograms));
 }
 
 } // namespace VXS
