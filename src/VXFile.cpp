@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <iterator>
 #include <memory>
-#include <new>
+#include <memory_resource>
 
 #include "VXLandmark.h"
 
@@ -14,10 +14,8 @@ namespace VXS
 namespace
 {
 
-// Both tables hold a node for every frame of the span, some 128 bytes together: this many frames,
-// 49 days at the default hop, take 17 GB. A wider span comes from damaged landmarks and not from a
-// recording, and walking it would end in exhausted memory after minutes.
-constexpr std::uint64_t maxDenseFrames = std::uint64_t{1} << 27u;
+// What a node of either table takes beside its value: its links and its colour.
+constexpr std::uint64_t bytesOfLinks = 4 * sizeof(void*);
 
 // What one peak gives with the default limit, which spares most frames every growth of their list.
 constexpr std::size_t usualLandmarks = 12;
@@ -60,7 +58,16 @@ void VXFile::computeCLF()
     }
     const std::uint64_t span = static_cast<std::uint64_t>(maxLandmarkOffsetTime) -
                                static_cast<std::uint64_t>(minLandmarkOffsetTime);
-    if (span >= maxDenseFrames) throw std::bad_alloc();
+    // What memory does not hold is refused in one piece, before anything is entered: a span that
+    // comes from damaged landmarks would else be walked for minutes before it ends the same way.
+    const std::uint64_t frames = span + 1;
+    const auto missing = [frames](const auto& table) {
+        const std::uint64_t count = frames - std::min<std::uint64_t>(frames, table.size());
+        return static_cast<std::size_t>(count * (bytesOfLinks + sizeof(*table.begin())));
+    };
+    const std::size_t bytes = missing(landmarks) + missing(clf);
+    std::pmr::memory_resource* memory = nodes.upstream_resource();
+    memory->deallocate(memory->allocate(bytes), bytes);
 
     std::int64_t total = 0;
     auto frame = landmarks.begin();

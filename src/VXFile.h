@@ -34,8 +34,10 @@ public:
     VXS_INTERNAL void addLandmark(VXLandmark* landmark);
 
     // Fills the CLF, and gives the landmark map an entry for every frame from the first landmark to
-    // the last. Does nothing if the CLF is up to date. Throws std::bad_alloc, before it changes
-    // anything, if the frames between are more than memory could hold.
+    // the last. Does nothing if the CLF is up to date. It asks for the memory of all these entries
+    // first, some hundred bytes a frame, and throws std::bad_alloc before it changes anything where
+    // that is refused. Should memory run out all the same, it throws with the CLF still stale, and
+    // another call completes it.
     // VXClusterSync::run calls it for every recording, so a host need not.
     VXS_API void computeCLF();
 

@@ -17,7 +17,10 @@ void measureClaim(const std::string& folder);
 void measureSynchronisation(const std::string& folder);
 // Eight recordings of an hour, from file to result.
 void measureHours(const std::string& folder);
-// 1,000 recordings of one minute.
+// Few landmarks far apart, beside the plain twin.
+void measureFar(const std::string& folder);
+// 300 and 1,000 recordings of one minute.
+void measureHundreds(const std::string& folder);
 void measureMinutes(const std::string& folder);
 // 200 recordings of ten minutes.
 void measureMany(const std::string& folder);

@@ -118,6 +118,37 @@ void measureSynchronisation(const std::string& folder)
     compareWithTwin("clean", wavesIn(recordings, "clean"), 7, 40.0);
 }
 
+void measureFar(const std::string&)
+{
+    constexpr std::int32_t landmarksPerFile = 100;
+    constexpr std::int64_t fileCount = 20;
+    constexpr std::int32_t framesBetween = 27000;
+    const std::vector<double> run = medianRun(9, [&] {
+        VXS::VXFileSet fileSet;
+        for (std::int64_t fileID = 1; fileID <= fileCount; ++fileID) {
+            auto file = std::make_unique<VXS::VXFile>(fileID);
+            for (std::int32_t i = 0; i < landmarksPerFile; ++i) {
+                const auto key = static_cast<std::uint32_t>(i);
+                const std::int32_t frame = i * framesBetween + static_cast<std::int32_t>(fileID);
+                file->addLandmark(new VXS::VXLandmark(frame, file.get(), key));
+            }
+            fileSet.addFile(file.release());
+        }
+        Twin twin(fileSet);
+        const Synchronisation done = synchronise(fileSet);
+        const double twinSeconds = twin.synchronise();
+        return std::vector<double>{twinSeconds / done.times.withoutMerge(),
+                                   done.times.withoutMerge(), twinSeconds,
+                                   static_cast<double>(done.votes), done.times.votes};
+    });
+    printRow("20 recordings of 2.7 million frames, 100 landmarks each: at least 1 x plain twin",
+             text("%.2f", run[0]),
+             text("%.3f s, twin %.3f s, nearly all of it counts by frame; votes %.5f s for %.0f "
+                  "votes",
+                  run[1], run[2], run[4], run[3]),
+             run[0] >= 1.0);
+}
+
 void measureHours(const std::string& folder)
 {
     constexpr double mostSeconds = 8.0;

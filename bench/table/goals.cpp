@@ -14,6 +14,8 @@ int main(int argc, char** argv)
         {"claim", bench::measureClaim},
         {"synchronisation", bench::measureSynchronisation},
         {"hours", bench::measureHours},
+        {"far", bench::measureFar},
+        {"hundreds", bench::measureHundreds},
         {"minutes", bench::measureMinutes},
         {"many", bench::measureMany},
         {"length", bench::measureLength},

@@ -185,6 +185,26 @@ TEST(VXFileAllocation, CountsAreStaleUntilTheyAreComplete)
     EXPECT_EQ(-1, file->queryNumberLandmarksInBetween(3, 300));
 }
 
+// 2^27 frames are three quarters of an hour at a hop of one sample. Whether they can be counted is
+// for the memory to decide, which is asked before anything is entered.
+TEST(VXFileAllocation, ASpanThatMemoryDoesNotHoldChangesNothing)
+{
+    for (const std::int32_t last : {300, 134217727, 134217728, 2147483647}) {
+        SCOPED_TRACE(last);
+        const auto file = VXS::support::fileWith({0, last});
+        allocation::Refusal refusal(0, allocation::Refused::One);
+
+        EXPECT_THROW(file->computeCLF(), std::bad_alloc);
+        refusal.end();
+
+        EXPECT_TRUE(refusal.hasHappened());
+        EXPECT_TRUE(file->clfDirty);
+        EXPECT_TRUE(file->clf.empty());
+        EXPECT_EQ(2u, file->getLandmarkMap().size());
+        EXPECT_EQ(-1, file->queryNumberLandmarksInBetween(0, 100));
+    }
+}
+
 TEST(VXFileAllocation, AQueryNeedsNoMemory)
 {
     const auto file = VXS::support::countedFileWith({3, 3, 6});
@@ -206,6 +226,30 @@ TEST(VXFileAllocation, AFileIsDestroyedWithoutMemory)
     file.reset();
 
     EXPECT_FALSE(refusal.hasHappened());
+}
+
+// Wherever memory runs out, the files before are counted and those behind are not.
+TEST(VXFileSetAllocation, FilesAreCountedInOrderOfId)
+{
+    bool isRefused = true;
+    for (std::uint64_t number = 0; isRefused; ++number) {
+        SCOPED_TRACE(number);
+        VXFileSet fileSet;
+        for (const std::int64_t fileID : {3, 1, 2})
+            fileSet.addFile(wideFile(fileID).release());
+        allocation::Refusal refusal(number, allocation::Refused::One);
+        try {
+            fileSet.computeAllCLFs();
+        } catch (const std::bad_alloc&) {
+        }
+        refusal.end();
+        isRefused = refusal.hasHappened();
+
+        const auto& files = fileSet.getFiles();
+        EXPECT_EQ(isRefused, files.at(3)->clfDirty);
+        EXPECT_LE(files.at(1)->clfDirty, files.at(2)->clfDirty);
+        EXPECT_TRUE(number > 0 || files.at(1)->clfDirty);
+    }
 }
 
 TEST(VXFileSetAllocation, AFileThatGotNoPlaceRemainsTheCallers)

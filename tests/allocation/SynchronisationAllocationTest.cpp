@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <new>
 #include <set>
 #include <string>
 #include <utility>
@@ -157,6 +158,17 @@ TEST(SynchronisationAllocation, AFileSetIsSynchronisedAgainWithTheSameObjects)
     EXPECT_LT(100u, allocations);
 }
 
+TEST(SynchronisationAllocation, ASpanThatMemoryDoesNotHoldEndsTheRunInStageZero)
+{
+    SyncJob subject;
+    const allocation::Refusal refusal(0, allocation::Refused::One);
+
+    EXPECT_THROW(subject.sync.run(subject.fileSet.get(), &subject.progress), std::bad_alloc);
+
+    EXPECT_EQ(1, subject.progress.stages);
+    EXPECT_EQ(0, subject.progress.fractions);
+}
+
 TEST(SynchronisationAllocation, AFileSetWithoutNamesIsSynchronisedAgain)
 {
     Clusters expected = job::clustersOfSomeFileSet();
@@ -290,10 +302,10 @@ TEST(VXHistogramAllocation, ABinCanBeAppendedAgain)
         const std::uint64_t allocations = allocation::sweep(
             expected,
             [] {
-                auto histogram = std::make_unique<VXHistogram>();
-                histogram->append(5, 2);
-                histogram->shrinkToFit();
-                return histogram;
+                VXHistogram histogram;
+                histogram.append(5, 2);
+                // A copy has no room left.
+                return std::make_unique<VXHistogram>(histogram);
             },
             [&bin](VXHistogram& histogram) {
                 histogram.append(bin.first, bin.second);

@@ -166,6 +166,37 @@ TEST(VXFileSetProcessor, VotesForOffsetsAtTheEndsOfTheirRangeAsThePlainTwin)
     }
 }
 
+// Files of many landmarks in few frames beside files of few in many: some pairs are counted in a
+// table, some by sorting, and a stray may stand anywhere.
+TEST(VXFileSetProcessor, VotesForDenseAndFarFilesAsThePlainTwin)
+{
+    for (std::uint64_t seed = 8670; seed < 8700; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        Random random(seed);
+        Job job;
+        const std::vector<std::int64_t> ids = anyIds(random, 2 + random.below(6));
+        for (const std::int64_t id : ids)
+            job.addFile(id);
+        for (const std::int64_t id : ids) {
+            const bool isFar = random.oneIn(3);
+            const std::int32_t step = isFar ? random.pick({1000, 100000, 5000000}) : 1;
+            for (std::uint64_t count = isFar ? 30 : 300; count > 0; --count) {
+                const std::int32_t offset = step * static_cast<std::int32_t>(random.below(300));
+                job.addLandmark(id, offset, anyKey(random, 40));
+            }
+            if (random.oneIn(4)) {
+                job.addStray(id, random.pick({lowest, highest}), anyKey(random, 40),
+                             ids[random.below(ids.size())]);
+            }
+        }
+
+        // Without counts, which would have an entry for each of a billion frames.
+        property::compareJob(job, 250);
+
+        if (HasFatalFailure()) return;
+    }
+}
+
 TEST(VXFileSetProcessor, PassesOverStraysAndAbsentFilesAsThePlainTwin)
 {
     for (std::uint64_t seed = 8700; seed < 8780; ++seed) {

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <new>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -430,17 +429,6 @@ TEST(VXClusterSync, LandmarkWithoutAFileDoesNotDisturbTheOthers)
     const Clusters clusters = resultOf(defaultSync().run(&fileSet, nullptr));
 
     EXPECT_EQ(clusters, matchingClusters());
-}
-
-TEST(VXClusterSync, SpanThatCouldNotFitInMemoryEndsTheRunInStageZero)
-{
-    VXFileSet fileSet;
-    addFileWith(fileSet, 1, {{7, INT32_MIN}, {7, INT32_MAX}});
-    RecordingProgress progress;
-
-    EXPECT_THROW(defaultSync().run(&fileSet, &progress), std::bad_alloc);
-
-    EXPECT_EQ(progress.events, (Events{stageEvent(0)}));
 }
 
 TEST(VXClusterSync, ExceptionOfTheProgressPassesThroughAtEveryCall)

@@ -4,7 +4,6 @@
 #include <limits>
 #include <map>
 #include <memory>
-#include <new>
 #include <type_traits>
 #include <vector>
 
@@ -397,25 +396,6 @@ TEST(VXFile, NegativeCountAtTheEndOfTheRangeIsZero)
     file->clf[10] = -4;
 
     EXPECT_EQ(file->queryNumberLandmarksInBetween(10, 10), 0);
-}
-
-TEST(VXFile, SpanThatCouldNotFitInMemoryThrowsBadAlloc)
-{
-    const auto file = fileWith({lowestFrame, highestFrame});
-
-    EXPECT_THROW(file->computeCLF(), std::bad_alloc);
-}
-
-TEST(VXFile, SpanThatCouldNotFitInMemoryLeavesTheFileDirtyAndUnchanged)
-{
-    const auto file = fileWith({lowestFrame, highestFrame});
-
-    EXPECT_THROW(file->computeCLF(), std::bad_alloc);
-
-    EXPECT_TRUE(file->clfDirty);
-    EXPECT_TRUE(file->clf.empty());
-    EXPECT_EQ(framesOf(*file), (std::vector<std::int64_t>{lowestFrame, highestFrame}));
-    EXPECT_EQ(file->queryNumberLandmarksInBetween(0, 100), -1);
 }
 
 TEST(VXFile, SpanOfAnHourIsDense)

@@ -184,8 +184,8 @@ TEST(VXPairCounter, PairsOfManyFilesAreCountedGroupByGroup)
     EXPECT_EQ(landmarkAt(first, 999), greatestVoteIn(*histograms->at(Pair(1, fileCount)), 299));
 }
 
-// A day of sound in each of twenty recordings, with a hundred landmarks that stand far apart: the
-// offsets are a billion, the votes 19,000. To walk the offsets would take seconds.
+// A hundred million frames in each of twenty recordings, with a hundred landmarks far apart: the
+// offsets are 38 billion, the votes 19,000. To walk the offsets would take a minute.
 TEST(VXPairCounter, VotesFarApartCostNoMoreThanVotes)
 {
     constexpr double mostSeconds = 2.0;
@@ -193,7 +193,7 @@ TEST(VXPairCounter, VotesFarApartCostNoMoreThanVotes)
     for (std::int64_t fileID = 1; fileID <= 20; ++fileID) {
         Marks marks;
         for (std::uint32_t key = 0; key < 100; ++key)
-            marks.push_back({key, static_cast<std::int32_t>(27000 * key)});
+            marks.push_back({key, static_cast<std::int32_t>(1000000 * key)});
         addFileWith(fileSet, fileID, marks);
     }
     const std::clock_t start = std::clock();
