@@ -13,8 +13,9 @@ namespace VXS
 namespace
 {
 
-// A table of 32-bit counters that leaves half of a second level cache of 1 MB to what else is read.
-constexpr std::uint64_t slotsPerGroup = std::uint64_t{1} << 17u;
+// A table of 4 MB with counters of 32 bits. Of a smaller one a job of few long recordings would
+// need several, each of which costs a walk through the runs.
+constexpr std::uint64_t slotsPerGroup = std::uint64_t{1} << 20u;
 
 // Sorting a vote takes as long as looking at some tens of empty counters.
 constexpr std::uint64_t mostSlotsPerVote = 16;
@@ -43,8 +44,8 @@ void VXPairCounter<Code>::countAllPairs(VXKeyProgress& progress)
     std::vector<Count> counts;
     for (fileA = 0; fileA < lists.files.size(); ++fileA) {
         if (lists.files[fileA].runs.empty()) continue;
-        startRuns();
         if (layOut()) countSparse(progress);
+        partners.assign(lists.files[fileA].runs.size(), 0);
         for (Group group = nextGroup(fileA + 1); group.hasPairs; group = nextGroup(group.endFile)) {
             countDense(group, counts, progress);
             compact(group, counts);
@@ -112,10 +113,9 @@ template <typename Code>
 bool VXPairCounter<Code>::layOutByVotes()
 {
     const Group all = allFiles();
-    visitRuns([&](std::size_t, const Code* begin, const Code* end, const Code* partner) {
+    visitRuns([&](std::size_t, const Code* begin, const Code* end) {
         const auto postings = static_cast<std::uint64_t>(end - begin);
-        visitPartners(all, partner,
-                      [&](std::size_t fileB, Code) { pairs[fileB].votes += postings; });
+        visitPartners(all, end, [&](std::size_t fileB, Code) { pairs[fileB].votes += postings; });
     });
     bool areSparse = false;
     for (std::size_t fileB = fileA + 1; fileB < pairs.size(); ++fileB) {
@@ -160,36 +160,25 @@ std::uint64_t VXPairCounter<Code>::makeRow(const Group& group, bool areDense)
     return slots;
 }
 
-template <typename Code>
-void VXPairCounter<Code>::startRuns()
-{
-    partners.assign(lists.files[fileA].runs.size(), 0);
-}
-
-// Calls `visit` with each run of file A that has partners left: its number, its begin and end, and
-// the first of these partners.
+// Calls `visit` with each run of file A: its number, its begin and its end, behind which its
+// partners stand.
 template <typename Code>
 template <typename Visit>
 void VXPairCounter<Code>::visitRuns(Visit visit) const
 {
     // The runs of a file are spread over all lists, and too short for the processor to foresee the
-    // next: with many files, asking for them ahead saves a tenth of the time.
+    // next: with many files, asking for them ahead saves some tenth of the time.
     constexpr std::size_t ahead = 24;
     const Code* const postings = lists.postings.data();
-    const std::uint32_t* const runs = lists.files[fileA].runs.data();
-    const std::uint32_t* const left = partners.data();
-    const std::size_t size = partners.size();
+    const std::vector<std::uint32_t>& runs = lists.files[fileA].runs;
     const unsigned int offsetBits = lists.layout.offsetBits;
-    for (std::size_t i = 0; i < size; ++i) {
-        const std::size_t later = std::min(i + ahead, size - 1);
-        VXS_PREFETCH(postings + runs[later]);
-        if (left[later] != noPartner) VXS_PREFETCH(postings + left[later]);
-        if (left[i] == noPartner) continue;
-        const Code* begin = postings + runs[i];
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+        VXS_PREFETCH(postings + runs[std::min(i + ahead, runs.size() - 1)]);
+        const Code* const begin = postings + runs[i];
         const Code* end = begin + 1;
         while (*end >> offsetBits == fileA)
             ++end;
-        visit(i, begin, end, left[i] == 0 ? end : postings + left[i]);
+        visit(i, begin, end);
     }
 }
 
@@ -220,8 +209,11 @@ void VXPairCounter<Code>::countDense(const Group& group, std::vector<Count>& cou
     const std::uint64_t size = makeRow(group, true);
     if (counts.size() < size) counts.resize(size);
     Count* const table = counts.data();
-    const std::uint64_t* constantOf = constants.data();
-    visitRuns([&](std::size_t run, const Code* begin, const Code* end, const Code* partner) {
+    const Code* const postings = lists.postings.data();
+    const std::uint64_t* const constantOf = constants.data();
+    visitRuns([&](std::size_t run, const Code* begin, const Code* end) {
+        if (partners[run] == noPartner) return;
+        const Code* const partner = partners[run] == 0 ? end : postings + partners[run];
         std::uint64_t cast = 0;
         const Code* next = visitPartners(group, partner, [&](std::size_t fileB, Code code) {
             const std::uint64_t base = constantOf[fileB] - code;
@@ -276,9 +268,9 @@ void VXPairCounter<Code>::countSparse(VXKeyProgress& progress)
     std::vector<std::uint64_t> slots;
     std::vector<SlotVotes> counted;
     std::uint64_t mostUnsorted = mostSlots();
-    visitRuns([&](std::size_t, const Code* begin, const Code* end, const Code* partner) {
+    visitRuns([&](std::size_t, const Code* begin, const Code* end) {
         const std::size_t before = slots.size();
-        visitPartners(all, partner, [&](std::size_t fileB, Code code) {
+        visitPartners(all, end, [&](std::size_t fileB, Code code) {
             for (const Code* posting = begin; posting != end; ++posting) {
                 const std::uint64_t slot = constants[fileB] - code + *posting;
                 if (slot < size) slots.push_back(slot);
@@ -364,16 +356,16 @@ void VXPairCounter<Code>::keepEnds()
     const std::size_t runsBetween = std::max<std::size_t>(256, pairs.size());
     std::size_t runsLeft = runsBetween;
     Inside inside;
-    startRuns();
-    visitRuns([&](std::size_t, const Code* begin, const Code* end, const Code* partner) {
+    const std::uint64_t* const constantOf = constants.data();
+    visitRuns([&](std::size_t, const Code* begin, const Code* end) {
         if (runsLeft == 0) {
             inside = insideOfEnds();
             runsLeft = runsBetween;
         }
         --runsLeft;
         if (*begin > inside.least && *(end - 1) < inside.greatest) return;
-        visitPartners(all, partner, [&](std::size_t fileB, Code code) {
-            const std::uint64_t wanted = constants[fileB] + code;
+        visitPartners(all, end, [&](std::size_t fileB, Code code) {
+            const std::uint64_t wanted = constantOf[fileB] + code;
             for (const Code* posting = begin; posting != end; ++posting) {
                 if (*posting == wanted) extend(ends[fileB], posting);
             }

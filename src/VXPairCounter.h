@@ -21,10 +21,9 @@ class VXKeyProgress;
 //
 // The possible offsets of a pair are its slots, from the lowest up. Where the slots are not many
 // beside the votes, the pair is dense and counted in a table with a counter for each slot. Dense
-// pairs are counted in groups of neighbouring files, each group in one table that the processor's
-// second level of cache holds: for a thousand short recordings, all pairs of A in one table take
-// four times as long. Where the slots are many, the pair is sparse: its votes are sorted, so that
-// the cost is that of the votes however far apart they lie.
+// pairs are counted in groups of neighbouring files, each group in one table, which so stays near
+// the processor and small beside the landmarks. Where the slots are many, the pair is sparse: its
+// votes are sorted, so that the cost is that of the votes however far apart they lie.
 //
 // The slot of a vote is found by subtracting two codes. With 4 bits for the frame, let file 1 hold
 // the frames 3 to 9 and file 2 the frames 5 to 7. Its lowest offset is 3 - 7 = -4, and its slots
@@ -56,7 +55,8 @@ public:
     VXPairCounter(const VXKeyIndex& newIndex, const VXPostingLists<Code>& newLists,
                   VXHistogramSet& newHistograms);
 
-    // Count is a number that no bin can exceed. 32 bits where they do save a tenth in large jobs.
+    // Count is a number that no bin can exceed. 32 bits, where they do, save some
+    // tenth of the time of large jobs.
     template <typename Count>
     void countAllPairs(VXKeyProgress& progress);
 
@@ -107,7 +107,6 @@ private:
     Group allFiles() const;
     Group nextGroup(std::size_t firstFile) const;
     std::uint64_t makeRow(const Group& group, bool areDense);
-    void startRuns();
     template <typename Visit>
     void visitRuns(Visit visit) const;
     template <typename Visit>

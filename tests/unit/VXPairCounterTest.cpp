@@ -153,14 +153,14 @@ TEST(VXPairCounter, VotesThatAreSortedInPartsAreCountedTogether)
     EXPECT_EQ(landmarkAt(*first, 1099000), greatestVoteIn(histogram, 100000));
 }
 
-// 299 files behind the first, of 1,001 frames and so 2,001 offsets each: some 600,000 counters,
-// while a table of 32-bit counters takes 131,072.
+// 59 files behind the first, of 10,001 frames and so 20,001 offsets each: more than a million
+// counters, while a table holds 2^20.
 TEST(VXPairCounter, PairsOfManyFilesAreCountedGroupByGroup)
 {
-    constexpr std::int64_t fileCount = 300;
+    constexpr std::int64_t fileCount = 60;
     VXFileSet fileSet;
     Marks marks;
-    for (std::uint32_t key = 0; key <= 200; ++key)
+    for (std::uint32_t key = 0; key <= 2000; ++key)
         marks.push_back({key, static_cast<std::int32_t>(5 * key)});
     for (std::int64_t fileID = 1; fileID <= fileCount; ++fileID) {
         // Each file begins a frame after the one before.
@@ -176,12 +176,12 @@ TEST(VXPairCounter, PairsOfManyFilesAreCountedGroupByGroup)
     PairVotes expected;
     for (std::int64_t lower = 1; lower <= fileCount; ++lower) {
         for (std::int64_t higher = lower + 1; higher <= fileCount; ++higher)
-            expected[{lower, higher}] = {{higher - lower, 201}};
+            expected[{lower, higher}] = {{higher - lower, 2001}};
     }
     EXPECT_EQ(expected, voteCountsOf(*histograms));
     VXFile& first = *fileSet.getFiles().at(1);
-    EXPECT_EQ(landmarkAt(first, -1), leastVoteIn(*histograms->at(Pair(1, fileCount)), 299));
-    EXPECT_EQ(landmarkAt(first, 999), greatestVoteIn(*histograms->at(Pair(1, fileCount)), 299));
+    EXPECT_EQ(landmarkAt(first, -1), leastVoteIn(*histograms->at(Pair(1, fileCount)), 59));
+    EXPECT_EQ(landmarkAt(first, 9999), greatestVoteIn(*histograms->at(Pair(1, fileCount)), 59));
 }
 
 // A hundred million frames in each of twenty recordings, with a hundred landmarks far apart: the
