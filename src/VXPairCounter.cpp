@@ -23,6 +23,39 @@ constexpr std::uint64_t mostSlotsPerVote = 16;
 // The list of a run has been counted to its end.
 constexpr std::uint32_t noPartner = std::numeric_limits<std::uint32_t>::max();
 
+// The votes of one slot.
+struct SlotVotes {
+    std::uint64_t slot;
+    std::uint64_t votes;
+};
+
+// Moves votes into what is counted, which stands by slot.
+void sortVotes(std::vector<std::uint64_t>& slots, std::vector<SlotVotes>& counted)
+{
+    std::sort(slots.begin(), slots.end());
+    const auto middle = static_cast<std::ptrdiff_t>(counted.size());
+    for (const std::uint64_t slot : slots) {
+        const bool isNew = static_cast<std::ptrdiff_t>(counted.size()) == middle;
+        if (isNew || counted.back().slot != slot) counted.push_back({slot, 0});
+        ++counted.back().votes;
+    }
+    slots.clear();
+    if (middle == 0) return;
+
+    std::inplace_merge(
+        counted.begin(), counted.begin() + middle, counted.end(),
+        [](const SlotVotes& left, const SlotVotes& right) { return left.slot < right.slot; });
+    auto last = counted.begin();
+    for (auto bin = std::next(last); bin != counted.end(); ++bin) {
+        if (bin->slot == last->slot) {
+            last->votes += bin->votes;
+        } else {
+            *++last = *bin;
+        }
+    }
+    counted.erase(std::next(last), counted.end());
+}
+
 } // namespace
 
 template <typename Code>
@@ -295,35 +328,6 @@ void VXPairCounter<Code>::countSparse(VXKeyProgress& progress)
         }
         enter(fileB);
     }
-}
-
-// Moves votes into what is counted, which stands by slot.
-template <typename Code>
-void VXPairCounter<Code>::sortVotes(std::vector<std::uint64_t>& slots,
-                                    std::vector<SlotVotes>& counted)
-{
-    std::sort(slots.begin(), slots.end());
-    const auto middle = static_cast<std::ptrdiff_t>(counted.size());
-    for (const std::uint64_t slot : slots) {
-        const bool isNew = static_cast<std::ptrdiff_t>(counted.size()) == middle;
-        if (isNew || counted.back().slot != slot) counted.push_back({slot, 0});
-        ++counted.back().votes;
-    }
-    slots.clear();
-    if (middle == 0) return;
-
-    std::inplace_merge(
-        counted.begin(), counted.begin() + middle, counted.end(),
-        [](const SlotVotes& left, const SlotVotes& right) { return left.slot < right.slot; });
-    auto last = counted.begin();
-    for (auto bin = std::next(last); bin != counted.end(); ++bin) {
-        if (bin->slot == last->slot) {
-            last->votes += bin->votes;
-        } else {
-            *++last = *bin;
-        }
-    }
-    counted.erase(std::next(last), counted.end());
 }
 
 // Copies the bins of a pair into a histogram of their size, and clears them.

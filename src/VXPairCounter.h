@@ -85,12 +85,6 @@ private:
         Code greatest = 0;
     };
 
-    // The votes of one slot.
-    struct SlotVotes {
-        std::uint64_t slot;
-        std::uint64_t votes;
-    };
-
     // Files of consecutive numbers.
     struct Group {
         std::size_t firstFile;
@@ -116,7 +110,6 @@ private:
     template <typename Count>
     void compact(const Group& group, std::vector<Count>& counts);
     void countSparse(VXKeyProgress& progress);
-    static void sortVotes(std::vector<std::uint64_t>& slots, std::vector<SlotVotes>& counted);
     void enter(std::size_t fileB);
     void keepEnds();
     Inside insideOfEnds() const;

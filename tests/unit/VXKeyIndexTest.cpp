@@ -121,6 +121,23 @@ TEST(VXKeyIndex, ListHoldsTheCodesOfAKeyByFileAndFrame)
     EXPECT_TRUE(lists.postings[2] >> 31u);
 }
 
+TEST(VXKeyIndex, ListOfWideCodesLeavesOutWhatHasNoFile)
+{
+    VXFileSet fileSet;
+    VXKeyIndex index;
+    VXFile* const first = addFileWith(fileSet, 1, {{9, 0}});
+    addStray(*first, nullptr, 1, 9);
+    index.add(first);
+    index.add(addFileWith(fileSet, 2, {{9, 3}}));
+
+    const auto lists = index.takeLists<std::uint64_t>(index.order(), cap);
+
+    // Two bits for the frames from 0 to 3, and the mark on the last.
+    ASSERT_EQ(2u, lists.size);
+    EXPECT_EQ(0u, lists.postings[0]);
+    EXPECT_EQ((std::uint64_t{1} << 63u) + 4 + 3, lists.postings[1]);
+}
+
 // Postings are numbered in 32 bits: one more would take the number of the first.
 TEST(VXKeyIndex, MoreLandmarksThanItCanNumberThrowLengthError)
 {

@@ -55,6 +55,26 @@ void addDistantPair(VXFileSet& fileSet)
     addFileWith(fileSet, 4, {{1000000, highestFrame}});
 }
 
+// The widths of codes and counters, all of which count alike.
+struct Widths {
+    bool areCodesWide;
+    bool areCountersWide;
+};
+constexpr Widths allWidths[] = {{false, false}, {false, true}, {true, false}, {true, true}};
+
+// Counts with codes and counters of these widths: two files that meet in the last frame of all
+// widen the codes.
+VXHistogramSetHolder countedIn(const Widths& widths, VXFileSet& fileSet, std::int64_t distantID)
+{
+    if (widths.areCodesWide) {
+        addFileWith(fileSet, distantID, {{1000000, highestFrame}});
+        addFileWith(fileSet, distantID + 1, {{1000000, highestFrame}});
+    }
+    VXFileSetProcessor processor(10000);
+    if (widths.areCountersWide) processor.mostNarrowVotes = 0;
+    return VXHistogramSetHolder(processor.run(&fileSet, nullptr));
+}
+
 // As if the votes were more than 32 bits can count.
 VXHistogramSetHolder widelyCounted(VXFileSet& fileSet)
 {
@@ -105,83 +125,111 @@ TEST(VXPairCounter, PairsOnBothSidesOfTheTableAreCounted)
     }
 }
 
-// Of file 1, 400 frames meet in file 2, and one landmark in file 3 stands a billion frames away.
+// Of file 1, 400 frames meet in file 2, and one landmark in file 3 stands far away.
 TEST(VXPairCounter, FarPairLeavesAnotherItsTable)
 {
-    constexpr std::int32_t far = 1000000000;
-    VXFileSet fileSet;
-    VXFile* const first = addFileWith(fileSet, 1, marksUpTo(400));
-    addFileWith(fileSet, 2, marksUpTo(400));
-    addFileWith(fileSet, 3, {{5, far}, {9, 4}, {9, 5}});
+    for (const Widths& widths : allWidths) {
+        SCOPED_TRACE(widths.areCodesWide);
+        SCOPED_TRACE(widths.areCountersWide);
+        constexpr std::int32_t far = 100000000;
+        VXFileSet fileSet;
+        VXFile* const first = addFileWith(fileSet, 1, marksUpTo(400));
+        addFileWith(fileSet, 2, marksUpTo(400));
+        addFileWith(fileSet, 3, {{5, far}, {9, 4}, {9, 5}});
 
-    const auto histograms = histogramsOf(fileSet);
+        const auto histograms = countedIn(widths, fileSet, 4);
 
-    EXPECT_EQ((PairVotes{{{1, 2}, {{0, 400}}},
-                         {{1, 3}, {{5 - far, 1}, {4, 1}, {5, 1}}},
-                         {{2, 3}, {{5 - far, 1}, {4, 1}, {5, 1}}}}),
-              voteCountsOf(*histograms));
-    EXPECT_EQ(landmarkAt(*first, 400), greatestVoteIn(*histograms->at(Pair(1, 2)), 0));
-    EXPECT_EQ(landmarkAt(*first, 9), leastVoteIn(*histograms->at(Pair(1, 3)), 5));
+        PairVotes expected{{{1, 2}, {{0, 400}}},
+                           {{1, 3}, {{5 - far, 1}, {4, 1}, {5, 1}}},
+                           {{2, 3}, {{5 - far, 1}, {4, 1}, {5, 1}}}};
+        if (widths.areCodesWide) expected[{4, 5}] = {{0, 1}};
+        EXPECT_EQ(expected, voteCountsOf(*histograms));
+        EXPECT_EQ(landmarkAt(*first, 400), greatestVoteIn(*histograms->at(Pair(1, 2)), 0));
+        EXPECT_EQ(landmarkAt(*first, 9), leastVoteIn(*histograms->at(Pair(1, 3)), 5));
+    }
 }
 
 // 1,100 * 1,000 votes, more than are sorted at a time, whose offsets lie 1,000 frames apart: frame
 // 1000 * i of the one file and 1000 * j of the other vote for 1000 * (i - j).
 TEST(VXPairCounter, VotesThatAreSortedInPartsAreCountedTogether)
 {
-    VXFileSet fileSet;
-    Marks marks;
-    for (std::int32_t i = 0; i < 1100; ++i)
-        marks.push_back({7, 1000 * i});
-    VXFile* const first = addFileWith(fileSet, 1, marks);
-    marks.resize(1000);
-    addFileWith(fileSet, 2, marks);
-    addFileWith(fileSet, 3, {{8, 0}});
-    VoteCounts expected;
-    for (std::int32_t i = 0; i < 1100; ++i) {
-        for (std::int32_t j = 0; j < 1000; ++j)
-            ++expected[1000 * (i - j)];
+    for (const Widths& widths : allWidths) {
+        SCOPED_TRACE(widths.areCodesWide);
+        SCOPED_TRACE(widths.areCountersWide);
+        VXFileSet fileSet;
+        Marks marks;
+        for (std::int32_t i = 0; i < 1100; ++i)
+            marks.push_back({7, 1000 * i});
+        // Some keys before key 7 and some behind it in the index: twelve with an offset of their
+        // own, and twelve with one that key 7 has.
+        for (std::uint32_t key = 8; key < 20; ++key)
+            marks.push_back({key, static_cast<std::int32_t>(37 * key)});
+        for (std::uint32_t key = 20; key < 32; ++key)
+            marks.push_back({key, 150000});
+        VXFile* const first = addFileWith(fileSet, 1, marks);
+        marks.resize(1000);
+        for (std::uint32_t key = 8; key < 20; ++key)
+            marks.push_back({key, 0});
+        for (std::uint32_t key = 20; key < 32; ++key)
+            marks.push_back({key, 50000});
+        addFileWith(fileSet, 2, marks);
+        VoteCounts expected;
+        for (std::int32_t i = 0; i < 1100; ++i) {
+            for (std::int32_t j = 0; j < 1000; ++j)
+                ++expected[1000 * (i - j)];
+        }
+        for (std::int32_t key = 8; key < 20; ++key)
+            ++expected[37 * key];
+        expected[100000] += 12;
+        PairVotes expectedPairs{{{1, 2}, expected}};
+        if (widths.areCodesWide) expectedPairs[{4, 5}] = {{0, 1}};
+
+        const auto histograms = countedIn(widths, fileSet, 4);
+
+        EXPECT_EQ(expectedPairs, voteCountsOf(*histograms));
+        // Offsets from 0 to 100,000 have 1,000 votes each, and the highest is the best: frames
+        // 100,000 to 1,099,000.
+        const VXHistogram& histogram = *histograms->at(Pair(1, 2));
+        EXPECT_EQ(landmarkAt(*first, 100000), leastVoteIn(histogram, 100000));
+        EXPECT_EQ(landmarkAt(*first, 1099000), greatestVoteIn(histogram, 100000));
     }
-    VXFileSetProcessor processor(10000);
-
-    const VXHistogramSetHolder histograms(processor.run(&fileSet, nullptr));
-
-    EXPECT_EQ((PairVotes{{{1, 2}, expected}}), voteCountsOf(*histograms));
-    // Offsets from 0 to 100,000 have 1,000 votes each, and the highest is the best: frames 100,000
-    // to 1,099,000.
-    const VXHistogram& histogram = *histograms->at(Pair(1, 2));
-    EXPECT_EQ(landmarkAt(*first, 100000), leastVoteIn(histogram, 100000));
-    EXPECT_EQ(landmarkAt(*first, 1099000), greatestVoteIn(histogram, 100000));
 }
 
 // 59 files behind the first, of 10,001 frames and so 20,001 offsets each: more than a million
 // counters, while a table holds 2^20.
 TEST(VXPairCounter, PairsOfManyFilesAreCountedGroupByGroup)
 {
-    constexpr std::int64_t fileCount = 60;
-    VXFileSet fileSet;
-    Marks marks;
-    for (std::uint32_t key = 0; key <= 2000; ++key)
-        marks.push_back({key, static_cast<std::int32_t>(5 * key)});
-    for (std::int64_t fileID = 1; fileID <= fileCount; ++fileID) {
-        // Each file begins a frame after the one before.
-        Marks own = marks;
-        for (KeyAtFrame& mark : own)
-            mark.frame -= static_cast<std::int32_t>(fileID);
-        addFileWith(fileSet, fileID, own);
-    }
-    VXFileSetProcessor processor(1000);
+    for (const Widths& widths : allWidths) {
+        SCOPED_TRACE(widths.areCodesWide);
+        SCOPED_TRACE(widths.areCountersWide);
+        constexpr std::int64_t fileCount = 60;
+        VXFileSet fileSet;
+        Marks marks;
+        for (std::uint32_t key = 0; key <= 2000; ++key)
+            marks.push_back({key, static_cast<std::int32_t>(5 * key)});
+        for (std::int64_t fileID = 1; fileID <= fileCount; ++fileID) {
+            // Each file begins a frame after the one before.
+            Marks own = marks;
+            // One key that no file behind the first group holds.
+            if (fileID <= 2) own.push_back({5000, 3});
+            for (KeyAtFrame& mark : own)
+                mark.frame -= static_cast<std::int32_t>(fileID);
+            addFileWith(fileSet, fileID, own);
+        }
+        const auto histograms = countedIn(widths, fileSet, fileCount + 1);
 
-    const VXHistogramSetHolder histograms(processor.run(&fileSet, nullptr));
-
-    PairVotes expected;
-    for (std::int64_t lower = 1; lower <= fileCount; ++lower) {
-        for (std::int64_t higher = lower + 1; higher <= fileCount; ++higher)
-            expected[{lower, higher}] = {{higher - lower, 2001}};
+        PairVotes expected;
+        for (std::int64_t lower = 1; lower <= fileCount; ++lower) {
+            for (std::int64_t higher = lower + 1; higher <= fileCount; ++higher)
+                expected[{lower, higher}] = {{higher - lower, 2001}};
+        }
+        expected[{1, 2}] = {{1, 2002}};
+        if (widths.areCodesWide) expected[{fileCount + 1, fileCount + 2}] = {{0, 1}};
+        EXPECT_EQ(expected, voteCountsOf(*histograms));
+        VXFile& first = *fileSet.getFiles().at(1);
+        EXPECT_EQ(landmarkAt(first, -1), leastVoteIn(*histograms->at(Pair(1, fileCount)), 59));
+        EXPECT_EQ(landmarkAt(first, 9999), greatestVoteIn(*histograms->at(Pair(1, fileCount)), 59));
     }
-    EXPECT_EQ(expected, voteCountsOf(*histograms));
-    VXFile& first = *fileSet.getFiles().at(1);
-    EXPECT_EQ(landmarkAt(first, -1), leastVoteIn(*histograms->at(Pair(1, fileCount)), 59));
-    EXPECT_EQ(landmarkAt(first, 9999), greatestVoteIn(*histograms->at(Pair(1, fileCount)), 59));
 }
 
 // A hundred million frames in each of twenty recordings, with a hundred landmarks far apart: the
@@ -327,6 +375,26 @@ TEST(VXPairCounter, HistogramsKeepNoMoreMemoryThanTheyFill)
 
     const VXHistogram& histogram = *histograms->at(Pair(1, 2));
     EXPECT_EQ(histogram.packed.size(), histogram.packed.capacity());
+}
+
+// All of a key's landmarks stand in frame 10 of file 1, so the vote of the greatest key is both
+// ends, whether it comes first or last in the index.
+TEST(VXPairCounter, OfVotesInOneFrameThatOfTheGreatestKeyIsTheEnd)
+{
+    for (const Widths& widths : allWidths) {
+        for (std::uint32_t greatest = 3; greatest < 40; ++greatest) {
+            SCOPED_TRACE(greatest);
+            VXFileSet fileSet;
+            VXFile* const first = addFileWith(fileSet, 1, {{greatest, 10}, {1, 10}, {2, 10}});
+            addFileWith(fileSet, 2, {{1, 4}, {2, 4}, {greatest, 4}});
+
+            const auto histograms = countedIn(widths, fileSet, 4);
+
+            const VXHistogram& histogram = *histograms->at(Pair(1, 2));
+            EXPECT_EQ(landmarkAt(*first, 10, 0), leastVoteIn(histogram, 6));
+            EXPECT_EQ(landmarkAt(*first, 10, 0), greatestVoteIn(histogram, 6));
+        }
+    }
 }
 
 // A vote that stands beyond all ends found so far is found however late its key comes.
