@@ -1,4 +1,4 @@
-# Headers, shared library, CMake package and pkg-config file. Nothing in what is installed names an
+# Headers, shared libraries, CMake package and pkg-config files. Nothing in what is installed names an
 # absolute path, so that the tree may be moved as a whole.
 include(CMakePackageConfigHelpers)
 
@@ -12,6 +12,18 @@ install(
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
     FILE_SET HEADERS
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+set(vxs_pkgconfig_files vxl_audio)
+if(TARGET vxl_sync)
+    install(
+        TARGETS vxl_sync
+        EXPORT vxl_audio_targets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        FILE_SET HEADERS
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+    list(APPEND vxs_pkgconfig_files vxl_sync)
+endif()
 install(
     EXPORT vxl_audio_targets
     NAMESPACE vxl_audio::
@@ -29,5 +41,7 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vxl_audio-config.cmake
 set(vxs_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH vxs_pkgconfig_to_prefix /prefix/${vxs_pkgconfig_dir} /prefix)
 string(REGEX REPLACE "/$" "" vxs_pkgconfig_to_prefix "${vxs_pkgconfig_to_prefix}")
-configure_file(cmake/vxl_audio.pc.in vxl_audio.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vxl_audio.pc DESTINATION ${vxs_pkgconfig_dir})
+foreach(name IN LISTS vxs_pkgconfig_files)
+    configure_file(cmake/${name}.pc.in ${name}.pc @ONLY)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc DESTINATION ${vxs_pkgconfig_dir})
+endforeach()

@@ -1,13 +1,13 @@
 #ifndef VXL_SYNC_EXITCODE_H
 #define VXL_SYNC_EXITCODE_H
 
-#include "Report.h"
+#include <vxl_sync/Result.h>
 
-namespace vxlsync
+namespace vxlsync::host
 {
 
 // What the program ends with. Where several hold, an unreadable file comes before no match. The
-// help text lists the codes.
+// help text lists the codes, and those of the signals that end the program.
 enum class ExitCode {
     grouped = 0,
     internalError = 1,
@@ -16,13 +16,13 @@ enum class ExitCode {
     nothingMatched = 4,
 };
 
-inline ExitCode exitCodeOf(const Report& report)
+inline ExitCode exitCodeOf(const Result& result)
 {
-    if (!report.failed.empty()) return ExitCode::unreadableFile;
-    if (report.groups.empty()) return ExitCode::nothingMatched;
+    if (!result.failed.empty()) return ExitCode::unreadableFile;
+    if (result.groups.empty()) return ExitCode::nothingMatched;
     return ExitCode::grouped;
 }
 
-} // namespace vxlsync
+} // namespace vxlsync::host
 
 #endif

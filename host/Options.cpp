@@ -1,40 +1,106 @@
 #include "Options.h"
 
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
-#include <map>
+#include <limits>
 #include <ostream>
+#include <sstream>
 
 #include <CLI/CLI.hpp>
 
-namespace vxlsync
+#include "Printable.h"
+
+namespace vxlsync::host
 {
 
 namespace
 {
 
 constexpr const char* description =
-    "Lines up recordings of one event by their sound. Prints for each group of recordings that\n"
-    "belong together how many seconds after the earliest one each of them starts, how far its "
-    "clock\n"
-    "drifts from that of the group's reference, and for each recording that stays alone why.";
+    "Lines up recordings of one event by their sound. Prints for each group of\n"
+    "recordings that belong together how many seconds after the earliest one each\n"
+    "of them starts, how far its clock drifts from that of the group's reference,\n"
+    "and for each recording that stays alone why.";
+
+constexpr const char* anyMediaNote = "Any file that holds sound can be given, videos included.";
+constexpr const char* waveOnlyNote = "This build reads WAV files only.";
 
 constexpr const char* notes =
-    "Any file that holds sound can be given, videos included. A file that is given twice is taken\n"
-    "once. Groups stand in the order of their first file on the command line, the members of a\n"
-    "group in the order in which they start. The result goes to standard output, all else to\n"
-    "standard error.\n"
+    "A file that is given twice is taken once. Groups stand in the order of their\n"
+    "first file on the command line, the members of a group in the order in which\n"
+    "they start. The result goes to standard output, all else to standard error.\n"
+    "\n"
+    "In text and tables, characters that could command a terminal or turn what\n"
+    "follows around are written as \\x1b; in tables, what a spreadsheet would take\n"
+    "for a formula stands behind an apostrophe. JSON has names as they are.\n"
     "\n"
     "Exit codes:\n"
-    "  0    every file is in a group; also if some are and the rest are listed as alone\n"
+    "  0    every file is in a group; also if some are and the rest are listed as\n"
+    "       alone\n"
     "  1    internal error, or the result could not be written\n"
     "  2    the command line was not understood\n"
     "  3    some file could not be read\n"
     "  4    all files could be read, but nothing matched\n"
-    "  130  interrupted\n"
+    "  130  interrupted (SIGINT)\n"
+    "  141  whoever was to read the output has gone (SIGPIPE)\n"
+    "  143  asked to end (SIGTERM)\n"
     "The first of 2, 3 and 4 that holds is the one given.";
 
-constexpr std::size_t mostJobs = 256;
+// More threads than any machine of today has processors to offer to one job.
+constexpr std::size_t mostThreads = 256;
+// More channels and streams than any format of today holds.
+constexpr int mostChannels = 1024;
+constexpr int mostStreams = 10000;
+
+template <typename Choice>
+struct Named {
+    const char* name;
+    Choice choice;
+};
+
+constexpr std::array formats{
+    Named<Format>{"text", Format::text},
+    Named<Format>{"json", Format::json},
+    Named<Format>{"csv", Format::csv},
+};
+using MaybeMode = std::optional<ProgressMode>;
+constexpr std::array progressModes{
+    Named<MaybeMode>{"auto", std::nullopt},         Named<MaybeMode>{"bar", ProgressMode::bar},
+    Named<MaybeMode>{"plain", ProgressMode::plain}, Named<MaybeMode>{"json", ProgressMode::json},
+    Named<MaybeMode>{"none", ProgressMode::none},
+};
+
+template <typename Choice, std::size_t count>
+std::vector<std::string> namesOf(const std::array<Named<Choice>, count>& table)
+{
+    std::vector<std::string> names;
+    for (const Named<Choice>& entry : table)
+        names.emplace_back(entry.name);
+    return names;
+}
+
+// Requires that the name is one of the table's.
+template <typename Choice, std::size_t count>
+Choice choiceOf(const std::array<Named<Choice>, count>& table, const std::string& name)
+{
+    return std::find_if(table.begin(), table.end(),
+                        [&](const Named<Choice>& entry) { return name == entry.name; })
+        ->choice;
+}
+
+// Options as they are written, for those whose meaning the parser does not know.
+struct Texts {
+    std::string format = "text";
+    std::string progress = "auto";
+    std::string channel = "left";
+    std::string memory;
+    std::vector<std::string> fixed;
+    std::vector<std::string> apart;
+};
 
 // An argument in brackets would be taken for a list and split at its commas.
 std::string withoutListMeaning(const std::string& argument)
@@ -44,34 +110,133 @@ std::string withoutListMeaning(const std::string& argument)
     return bracketed ? "./" + argument : argument;
 }
 
-void readChannel(const std::string& text, DecodeOptions& decode)
+// Help lines start at the 30th column.
+void addOutputOptions(CLI::App& app, Texts& texts)
 {
-    if (text == "left") {
-        decode.channel = DecodeOptions::Channel::left;
-        return;
-    }
-    if (text == "mix") {
-        decode.channel = DecodeOptions::Channel::mix;
-        return;
-    }
-    char* end = nullptr;
-    const long number = std::strtol(text.c_str(), &end, 10);
-    if (text.empty() || *end != '\0' || number < 1 || number > 1024)
-        throw CLI::ValidationError("--channel", "left, mix or a number from 1, not " + text);
-    decode.channel = DecodeOptions::Channel::numbered;
-    decode.channelNumber = static_cast<int>(number);
+    app.add_option("--format", texts.format,
+                   "How the result is printed: text (default),\njson or csv")
+        ->option_text("text|json|csv")
+        ->check(CLI::IsMember(namesOf(formats)));
+    app.add_option("--progress", texts.progress,
+                   "What standard error shows meanwhile; auto\n"
+                   "(default) is a bar on a terminal and nothing\n"
+                   "elsewhere")
+        ->option_text("auto|bar|plain|json|none")
+        ->check(CLI::IsMember(namesOf(progressModes)));
 }
 
-void readFixed(const std::vector<std::string>& texts, Options& options)
+void addReadingOptions(CLI::App& app, Options& options, Texts& texts)
+{
+    app.add_option("--channel", texts.channel,
+                   "Channel that counts: left (default), mix, or\nits number")
+        ->option_text("left|mix|N");
+    app.add_option("--stream", options.engine.stream,
+                   "Audio stream of each file, from 1; by default\nthe one that players take")
+        ->option_text("N")
+        ->check(CLI::Range(1, mostStreams));
+    app.add_flag("--native", options.engine.nativeReader,
+                 "Read with the library's own reader: WAV files\nof 8000 Hz only");
+    app.add_flag("--landmarks-only", options.engine.landmarksOnly,
+                 "Tell what the landmarks say, to the frame, and\nnothing more");
+    app.add_option("--jobs", options.engine.threads, "Threads; by default one for each processor")
+        ->option_text("N")
+        ->check(CLI::Range(std::size_t{1}, mostThreads));
+    app.add_option("--memory", texts.memory,
+                   "Memory that the job may take, in bytes or with\n"
+                   "K, M or G behind the number, at least 128M; by\n"
+                   "default three quarters of the machine's.\n"
+                   "Recordings that do not fit fail, the longest\n"
+                   "first")
+        ->option_text("SIZE");
+}
+
+void addKnowledgeOptions(CLI::App& app, Options& options, Texts& texts)
+{
+    app.add_option("--reference", options.reference,
+                   "Recording whose clock the drifts refer to; by\ndefault the one best tied")
+        ->option_text("FILE");
+    app.add_option(
+           "--fix", texts.fixed,
+           "A start that is known, in seconds on a clock of\nyour own, within 100 days of 0")
+        ->option_text("FILE=SECONDS")
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    app.add_option("--apart", texts.apart, "Two recordings that must not share a group")
+        ->option_text("FILE,FILE")
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    app.add_option("FILE", options.paths, "Recordings")->option_text("...")->required();
+}
+
+// The number that the text is, digits and nothing else.
+template <typename Number>
+bool readWhole(const std::string& text, Number& number)
+{
+    const char* end = text.data() + text.size();
+    const std::from_chars_result result = std::from_chars(text.data(), end, number);
+    return result.ec == std::errc() && result.ptr == end;
+}
+
+void readChannel(const std::string& text, vxlsync::Options& engine)
+{
+    if (text == "left") {
+        engine.channel = Channel::left;
+    } else if (text == "mix") {
+        engine.channel = Channel::mix;
+    } else {
+        engine.channel = Channel::numbered;
+        if (!readWhole(text, engine.channelNumber) || engine.channelNumber < 1 ||
+            engine.channelNumber > mostChannels)
+            throw CLI::ValidationError("--channel", "left, mix or a number from 1 to " +
+                                                        std::to_string(mostChannels) + ", not " +
+                                                        text);
+    }
+}
+
+// Bits that a number is shifted by for the unit that the letter stands for; 0 for no such unit.
+unsigned int shiftOf(char letter)
+{
+    switch (std::toupper(static_cast<unsigned char>(letter))) {
+    case 'K':
+        return 10;
+    case 'M':
+        return 20;
+    case 'G':
+        return 30;
+    default:
+        return 0;
+    }
+}
+
+void readMemory(const std::string& text, vxlsync::Options& engine)
+{
+    const unsigned int shift = text.empty() ? 0 : shiftOf(text.back());
+    const std::string digits = shift > 0 ? text.substr(0, text.size() - 1) : text;
+    std::size_t number = 0;
+    if (!readWhole(digits, number) || number > std::numeric_limits<std::size_t>::max() >> shift)
+        throw CLI::ValidationError(
+            "--memory", "a number of bytes, or one with K, M or G behind it, not " + text);
+    engine.memoryBytes = number << shift;
+    if (engine.memoryBytes < leastMemoryBytes)
+        throw CLI::ValidationError(
+            "--memory", "at least " + std::to_string(leastMemoryBytes >> 20U) + "M, not " + text);
+}
+
+void readKnownStarts(const std::vector<std::string>& texts, Options& options)
 {
     for (const std::string& text : texts) {
         const std::size_t sign = text.rfind('=');
-        const std::string number = sign == std::string::npos ? "" : text.substr(sign + 1);
+        // Without a sign, npos and 1 make 0, and the text is read from its start.
+        const std::string number = text.substr(sign + 1);
         char* end = nullptr;
         const double seconds = std::strtod(number.c_str(), &end);
-        if (number.empty() || *end != '\0' || !std::isfinite(seconds) || sign == 0)
+        if (sign == std::string::npos || sign == 0 || end == number.c_str() || *end != '\0')
             throw CLI::ValidationError("--fix", "FILE=SECONDS, not " + text);
-        options.fixed.emplace_back(text.substr(0, sign), seconds);
+        // Not within is also said of what is no number.
+        if (!(std::fabs(seconds) <= farthestStartSeconds))
+            throw CLI::ValidationError("--fix", text.substr(0, sign) + ": " + number +
+                                                    " is no time within 100 days of 0");
+        options.knownStarts.emplace_back(text.substr(0, sign), seconds);
     }
 }
 
@@ -85,77 +250,47 @@ void readApart(const std::vector<std::string>& texts, Options& options)
     }
 }
 
+// Writes what the parser has to say. Arguments that it repeats may have come from names of files.
+ExitCode endWith(const CLI::App& app, const CLI::ParseError& error, std::ostream& out,
+                 std::ostream& err)
+{
+    std::stringstream lines;
+    if (app.exit(error, out, lines) == 0) return ExitCode::grouped;
+    for (std::string line; std::getline(lines, line);)
+        err << printable(line) << '\n';
+    return ExitCode::usage;
+}
+
 } // namespace
 
 std::variant<Options, ExitCode> parseOptions(const std::vector<std::string>& arguments,
-                                             std::ostream& out, std::ostream& err)
+                                             bool anyMedia, std::ostream& out, std::ostream& err)
 {
     Options options;
-    std::string channel = "left";
-    std::vector<std::string> fixed;
-    std::vector<std::string> apart;
+    Texts texts;
     CLI::App app(description, "vxl-sync");
-    app.footer(notes);
+    app.footer(std::string(anyMedia ? anyMediaNote : waveOnlyNote) + "\n" + notes);
     app.set_version_flag("--version", "vxl-sync " VXL_SYNC_VERSION);
-    std::string format = "text";
-    app.add_option("--format", format, "How the result is printed: text (default), json or csv")
-        ->option_text("text|json|csv")
-        ->check(CLI::IsMember({"text", "json", "csv"}));
-    std::string progress = "auto";
-    app.add_option(
-           "--progress", progress,
-           "What is told on standard error meanwhile; auto (default) is a bar on a terminal "
-           "and nothing elsewhere")
-        ->option_text("auto|bar|plain|json|none")
-        ->check(CLI::IsMember({"auto", "bar", "plain", "json", "none"}));
-    app.add_option("--channel", channel, "Channel that counts: left (default), mix, or its number")
-        ->option_text("left|mix|N");
-    app.add_option("--stream", options.decode.stream,
-                   "Audio stream of each file, from 1; by default the one that players take")
-        ->option_text("N")
-        ->check(CLI::Range(1, 10000));
-    app.add_flag("--native", options.native,
-                 "Read with the library's own reader: WAV files of 8000 Hz only");
-    app.add_flag("--landmarks-only", options.landmarksOnly,
-                 "Tell what the landmarks say, to the frame, and nothing more");
-    app.add_option("--jobs", options.jobs, "Threads; by default one for each processor")
-        ->option_text("N")
-        ->check(CLI::Range(std::size_t{1}, mostJobs));
-    app.add_option("--reference", options.reference,
-                   "Recording whose clock the drifts refer to; by default the one best tied")
-        ->option_text("FILE");
-    app.add_option("--fix", fixed, "A start that is known, in seconds on a clock of your own")
-        ->option_text("FILE=SECONDS")
-        ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    app.add_option("--apart", apart, "Two recordings that must not share a group")
-        ->option_text("FILE,FILE")
-        ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    app.add_option("FILE", options.paths, "Recordings")->option_text("...")->required();
+    addOutputOptions(app, texts);
+    addReadingOptions(app, options, texts);
+    addKnowledgeOptions(app, options, texts);
 
     // The parser takes its arguments from the back.
     std::vector<std::string> reversed;
-    for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument)
-        reversed.push_back(withoutListMeaning(*argument));
+    std::transform(arguments.rbegin(), arguments.rend(), std::back_inserter(reversed),
+                   withoutListMeaning);
     try {
         app.parse(reversed);
-        const std::map<std::string, Format> formats{
-            {"text", Format::text}, {"json", Format::json}, {"csv", Format::csv}};
-        const std::map<std::string, ProgressChoice> choices{{"auto", ProgressChoice::automatic},
-                                                            {"bar", ProgressChoice::bar},
-                                                            {"plain", ProgressChoice::plain},
-                                                            {"json", ProgressChoice::json},
-                                                            {"none", ProgressChoice::none}};
-        options.format = formats.at(format);
-        options.progress = choices.at(progress);
-        readChannel(channel, options.decode);
-        readFixed(fixed, options);
-        readApart(apart, options);
+        options.format = choiceOf(formats, texts.format);
+        options.progress = choiceOf(progressModes, texts.progress);
+        readChannel(texts.channel, options.engine);
+        if (app.count("--memory") > 0) readMemory(texts.memory, options.engine);
+        readKnownStarts(texts.fixed, options);
+        readApart(texts.apart, options);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error, out, err) == 0 ? ExitCode::grouped : ExitCode::usage;
+        return endWith(app, error, out, err);
     }
     return options;
 }
 
-} // namespace vxlsync
+} // namespace vxlsync::host

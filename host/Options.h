@@ -2,41 +2,43 @@
 #define VXL_SYNC_OPTIONS_H
 
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <utility>
 #include <variant>
 #include <vector>
 
-#include "Decode.h"
-#include "ExitCode.h"
+#include <vxl_sync/Sync.h>
 
-namespace vxlsync
+#include "ExitCode.h"
+#include "ProgressBar.h"
+
+namespace vxlsync::host
 {
 
 enum class Format { text, json, csv };
-enum class ProgressChoice { automatic, bar, plain, json, none };
 
-// What the command line asks for.
+// What the command line asks for. Recordings are named here as the user names them.
 struct Options {
     Format format = Format::text;
-    ProgressChoice progress = ProgressChoice::automatic;
+    // A bar on a terminal and nothing elsewhere unless set.
+    std::optional<ProgressMode> progress;
     std::vector<std::string> paths;
-    DecodeOptions decode;
-    bool native = false;
-    bool landmarksOnly = false;
-    // 0 for as many as the machine has processors.
-    std::size_t jobs = 0;
-    std::vector<std::pair<std::string, double>> fixed;
+    // But for those that name recordings by index, which stay empty.
+    vxlsync::Options engine;
+    // In seconds, within farthestStartSeconds.
+    std::vector<std::pair<std::string, double>> knownStarts;
     std::vector<std::pair<std::string, std::string>> apart;
     std::string reference;
 };
 
 // Reads the arguments, the program's name not among them. If they ask for the help or the version
 // or cannot be understood, what there is to say has been written, to `out` or to `err`, and the
-// result is the code to end with.
+// result is the code to end with. `anyMedia` is what the engine's readsAnyMedia() says, for the
+// help.
 std::variant<Options, ExitCode> parseOptions(const std::vector<std::string>& arguments,
-                                             std::ostream& out, std::ostream& err);
+                                             bool anyMedia, std::ostream& out, std::ostream& err);
 
-} // namespace vxlsync
+} // namespace vxlsync::host
 
 #endif

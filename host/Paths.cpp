@@ -4,7 +4,7 @@
 #include <map>
 #include <system_error>
 
-namespace vxlsync
+namespace vxlsync::host
 {
 
 namespace
@@ -14,17 +14,17 @@ std::string identityOf(const std::string& path)
 {
     std::error_code error;
     const std::filesystem::path canonical = std::filesystem::canonical(path, error);
-    return error ? path : canonical.string();
+    if (error) return path;
+    return canonical.string();
+}
+
+bool hasBareName(const std::filesystem::path& path, const std::string& name)
+{
+    if (path.filename() == name) return true;
+    return path.stem() == name;
 }
 
 } // namespace
-
-bool hasWavExtension(const std::string& path)
-{
-    const std::string extension = ".wav";
-    return path.size() >= extension.size() &&
-           path.compare(path.size() - extension.size(), extension.size(), extension) == 0;
-}
 
 DistinctPaths distinctPaths(const std::vector<std::string>& paths)
 {
@@ -43,18 +43,18 @@ DistinctPaths distinctPaths(const std::vector<std::string>& paths)
 
 std::size_t findPath(const std::vector<std::string>& paths, const std::string& wanted)
 {
+    const std::string identity = identityOf(wanted);
     for (std::size_t i = 0; i < paths.size(); ++i) {
-        if (paths[i] == wanted || identityOf(paths[i]) == identityOf(wanted)) return i;
+        if (identityOf(paths[i]) == identity) return i;
     }
     // The bare name, where it is the only one of its kind.
-    std::size_t found = paths.size();
+    std::size_t match = paths.size();
     for (std::size_t i = 0; i < paths.size(); ++i) {
-        const std::filesystem::path path(paths[i]);
-        if (path.filename() != wanted && path.stem() != wanted) continue;
-        if (found != paths.size()) return paths.size();
-        found = i;
+        if (!hasBareName(paths[i], wanted)) continue;
+        if (match != paths.size()) return paths.size();
+        match = i;
     }
-    return found;
+    return match;
 }
 
-} // namespace vxlsync
+} // namespace vxlsync::host

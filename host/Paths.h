@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace vxlsync
+namespace vxlsync::host
 {
 
 // Paths to work on, and those left out because an earlier one leads to the same file.
@@ -24,14 +24,11 @@ struct DistinctPaths {
 // itself, and a group of one recording would look like a success.
 DistinctPaths distinctPaths(const std::vector<std::string>& paths);
 
-// True if the library's own reader looks at a file of this name.
-bool hasWavExtension(const std::string& path);
-
 // Index of the path that the user means: by the same path, another path to the same file, or the
 // file's bare name with or without extension. The number of paths if there is none or more than
 // one.
 std::size_t findPath(const std::vector<std::string>& paths, const std::string& wanted);
 
-} // namespace vxlsync
+} // namespace vxlsync::host
 
 #endif

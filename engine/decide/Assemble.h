@@ -1,0 +1,28 @@
+#ifndef VXL_SYNC_ASSEMBLE_H
+#define VXL_SYNC_ASSEMBLE_H
+
+#include <cstddef>
+#include <vector>
+
+#include "decide/Constraints.h"
+#include "decide/Weigh.h"
+#include "model/Link.h"
+
+namespace vxlsync
+{
+
+struct Assembly {
+    // Each recording is in exactly one group; members and groups in order of index.
+    std::vector<std::vector<std::size_t>> groups;
+    Links links;
+};
+
+// Decides which links are true and which recordings belong together. Fills in what the links lack
+// of judgement; their order stays. Links that are not finite are left out. A join that brings two
+// recordings of one device to one time, or that the user does not want, is refused; known starts
+// are taken as they are. Throws what `examine` throws.
+Assembly assemble(Links links, const Constraints& constraints, const Examine& examine);
+
+} // namespace vxlsync
+
+#endif

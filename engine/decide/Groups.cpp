@@ -1,0 +1,62 @@
+#include "decide/Groups.h"
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+namespace vxlsync
+{
+
+Groups::Groups(std::size_t recordings) : places(recordings), groups(recordings)
+{
+    std::iota(groups.begin(), groups.end(), std::size_t{0});
+    for (std::size_t i = 0; i < recordings; ++i)
+        members[i] = {i};
+}
+
+std::vector<std::vector<std::size_t>> Groups::all() const
+{
+    std::vector<std::vector<std::size_t>> lists;
+    for (const auto& [group, list] : members)
+        lists.push_back(list);
+    return lists;
+}
+
+Join Groups::joinBy(const Link& link) const
+{
+    return {groups[link.first], groups[link.second],
+            clockChangeFor(link.line, places[link.first], places[link.second])};
+}
+
+void Groups::unite(const Join& join)
+{
+    std::vector<std::size_t> list = members.at(join.into);
+    for (const std::size_t member : members.at(join.from)) {
+        places[member] = moved(places[member], join.by);
+        list.push_back(member);
+    }
+    std::sort(list.begin(), list.end());
+    members.erase(join.into);
+    members.erase(join.from);
+    for (const std::size_t member : list)
+        groups[member] = list.front();
+    const std::size_t lowest = list.front();
+    members[lowest] = std::move(list);
+}
+
+std::vector<ImpliedPair> pairsAcross(const Join& join, const Groups& groups,
+                                     const std::vector<double>& durations)
+{
+    std::vector<ImpliedPair> pairs;
+    for (const std::size_t first : groups.membersOf(join.into)) {
+        for (const std::size_t second : groups.membersOf(join.from)) {
+            const Placement place = moved(groups.placeOf(second), join.by);
+            pairs.push_back(
+                {first, second,
+                 impliedLine(groups.placeOf(first), durations[first], place, durations[second])});
+        }
+    }
+    return pairs;
+}
+
+} // namespace vxlsync

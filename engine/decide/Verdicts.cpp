@@ -1,0 +1,146 @@
+#include "decide/Verdicts.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+
+#include "decide/Ramp.h"
+
+namespace vxlsync
+{
+
+namespace
+{
+
+// A link stands on its own when it is at least so coherent against what the worse of its two
+// recordings reaches at best ...
+constexpr double leastRelative = 0.5;
+// ... and when no other offset comes near: a song's repeat, or the same song at another place, is
+// alike in part only. The least distinction.
+constexpr double leastDistinction = 0.3;
+
+// A link of this relative coherence is as good as any that its recordings have, and may have
+// rivals.
+constexpr double bestOfAllRelative = 0.8;
+// Where a loop repeats exactly, its other turns are nearly as coherent as the right one; but only
+// the same sound in two recordings is very coherent, while drum kits and tunes that recur are a
+// little. So the more coherent a link is, the nearer its rivals may come: the greatest rival below
+// the coherence at which the ramp begins, and the ramp from there on.
+constexpr double greatestRivalOfUnlike = 0.6;
+constexpr Ramp greatestRivalByCoherence{0.3, 0.7, 0.45, 0.95};
+
+// A song that two events share is alike for as long as it plays; a scene that two recorders share
+// is alike all the time. So the less alike two recordings are, the fewer windows may disagree.
+constexpr Ramp neededAgreementByRelative{0.8, 0.97, 0.95, 0.85};
+// Below this coherence single windows drown in noise, and their agreement says little.
+constexpr double clearCoherence = 0.09;
+constexpr double neededAgreementOfFaint = 0.8;
+
+// By seconds of shared time: in a short one, a beat or two that coincide look like a link; much
+// evidence does not.
+constexpr Ramp neededSignificanceBySeconds{4.0, 40.0, 12.0, 18.0};
+
+// Parts of the strength: a rival as good as the link leaves this share of it less ...
+constexpr double rivalDiscount = 0.7;
+// ... significance above this adds no more than an order among links that are alike otherwise.
+constexpr double ampleSignificance = 60.0;
+constexpr double significanceTieBreak = 1e-4;
+
+double neededAgreement(const Link& link)
+{
+    return link.line.coherence < clearCoherence ? neededAgreementOfFaint
+                                                : neededAgreementByRelative.at(link.relative);
+}
+
+double greatestRival(double coherence)
+{
+    return coherence < greatestRivalByCoherence.from ? greatestRivalOfUnlike
+                                                     : greatestRivalByCoherence.at(coherence);
+}
+
+Verdict verdictOf(const Link& link)
+{
+    const Alignment& line = link.line;
+    if (isPartial(link) || link.relative < leastRelative ||
+        line.significance < neededSignificanceBySeconds.at(line.overlap()))
+        return Verdict::weak;
+    const bool isDistinct = link.relative < bestOfAllRelative
+                                ? distinctionOf(link) >= leastDistinction
+                                : link.rival <= greatestRival(line.coherence);
+    return isDistinct ? Verdict::accepted : Verdict::ambiguous;
+}
+
+// Coherence of the next best link of the pair, or of the best for all others, against the link's
+// own.
+double rivalOf(Links::const_iterator link, Links::const_iterator pairBegin,
+               Links::const_iterator pairEnd)
+{
+    const auto other = link == pairBegin ? std::next(pairBegin) : pairBegin;
+    return other == pairEnd ? 0.0 : other->line.coherence / link->line.coherence;
+}
+
+} // namespace
+
+bool isFinite(const Alignment& line)
+{
+    const double numbers[] = {line.middle,       line.offset,   line.slope, line.offsetError,
+                              line.slopeError,   line.start,    line.end,   line.coherence,
+                              line.significance, line.agreement};
+    return std::all_of(std::begin(numbers), std::end(numbers),
+                       [](double number) { return std::isfinite(number); });
+}
+
+Links sayingLinks(Links links)
+{
+    links.erase(std::remove_if(links.begin(), links.end(),
+                               [](const Link& link) {
+                                   return !isFinite(link.line) || link.line.coherence <= 0.0;
+                               }),
+                links.end());
+    return links;
+}
+
+std::vector<double> bestCoherences(const Links& links, std::size_t recordings)
+{
+    std::vector<double> best(recordings, 0.0);
+    for (const Link& link : links) {
+        for (const std::size_t recording : {link.first, link.second})
+            best[recording] = std::max(best[recording], link.line.coherence);
+    }
+    return best;
+}
+
+Links judgeLinks(Links links, const std::vector<double>& best)
+{
+    for (auto begin = links.begin(); begin != links.end();) {
+        const auto end = std::find_if_not(begin, links.end(),
+                                          [&](const Link& link) { return link.isOfPair(*begin); });
+        for (auto link = begin; link != end; ++link) {
+            link->relative = link->line.coherence / std::min(best[link->first], best[link->second]);
+            link->rival = rivalOf(link, begin, end);
+            link->verdict = verdictOf(*link);
+        }
+        begin = end;
+    }
+    return links;
+}
+
+bool isPartial(const Link& link)
+{
+    return link.line.agreement < neededAgreement(link);
+}
+
+double distinctionOf(const Link& link)
+{
+    return link.relative * std::max(0.0, 1.0 - link.rival);
+}
+
+double strengthOf(const Link& link)
+{
+    const double significance = link.line.significance;
+    return link.relative * (1.0 - rivalDiscount * link.rival) *
+               std::min(1.0, significance / ampleSignificance) +
+           significanceTieBreak * significance;
+}
+
+} // namespace vxlsync

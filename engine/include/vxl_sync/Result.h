@@ -1,0 +1,152 @@
+#ifndef VXL_SYNC_RESULT_H
+#define VXL_SYNC_RESULT_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+/// Marks what crosses the boundary of the shared library. The library's own build defines
+/// VXL_SYNC_BUILDING, programs that take its objects into themselves define VXL_SYNC_STATIC, and a
+/// host defines nothing.
+#if defined(_WIN32) && !defined(VXL_SYNC_STATIC)
+#if defined(VXL_SYNC_BUILDING)
+#define VXL_SYNC_API __declspec(dllexport)
+#else
+#define VXL_SYNC_API __declspec(dllimport)
+#endif
+#elif defined(__GNUC__)
+#define VXL_SYNC_API __attribute__((visibility("default")))
+#else
+#define VXL_SYNC_API
+#endif
+
+namespace vxlsync
+{
+
+/// What is known of one source by itself.
+struct SourceFacts {
+    /// As the source gave it, or else the file's name without its extension.
+    std::string name;
+    /// As the source gave it; empty for samples that the host handed over.
+    std::string path;
+    std::string device;
+    /// Length of what could be read.
+    double durationSeconds = 0.0;
+    /// Sentences for the user on what was odd or was mended while reading.
+    std::vector<std::string> notes;
+};
+
+/// One recording in its place. Its sound at time t, in seconds of its own, happened at
+/// offsetSeconds + t * (1 + driftPpm / 1e6), counted from the start of the earliest recording of
+/// its group on the clock of the group's reference.
+struct Member {
+    /// Index of the source.
+    std::size_t source = 0;
+    double offsetSeconds = 0.0;
+    /// One standard deviation.
+    double offsetUncertaintySeconds = 0.0;
+    /// Positive if its clock runs slow against the reference.
+    double driftPpm = 0.0;
+    double driftUncertaintyPpm = 0.0;
+};
+
+/// Sound that one of two recordings lacks: from `atSeconds` of the first recording on, the offset
+/// is greater by `sizeSeconds`.
+struct Jump {
+    double atSeconds = 0.0;
+    double sizeSeconds = 0.0;
+};
+
+/// What a link was found by.
+enum class Method { landmarks, correlation };
+
+/// Why a link is used or not.
+enum class Verdict {
+    /// Stands on its own.
+    accepted,
+    /// Too little on its own, but other links say the same.
+    confirmed,
+    /// Far less alike than either recording is with another.
+    weak,
+    /// Another offset fits nearly as well: the sound repeats.
+    ambiguous,
+    /// Contradicts stronger links.
+    contradicted,
+    /// The user wants the two apart, or one device would have been in two places at once.
+    forbidden,
+};
+
+/// What was measured between two recordings. The offset is how much later the second started than
+/// the first, on the first's clock, told at middle, start and end of the shared time, since clocks
+/// may differ.
+struct MeasuredLink {
+    /// Indices of the sources, the lower first.
+    std::size_t first = 0;
+    std::size_t second = 0;
+    Method method = Method::correlation;
+    double offsetSeconds = 0.0;
+    double offsetAtStartSeconds = 0.0;
+    double offsetAtEndSeconds = 0.0;
+    /// One standard deviation.
+    double uncertaintySeconds = 0.0;
+    /// Drift of the second less that of the first, in the sense of Member.
+    double driftPpm = 0.0;
+    double driftUncertaintyPpm = 0.0;
+    double overlapSeconds = 0.0;
+    /// How far the correlation stands out of its own noise.
+    double peakRatio = 0.0;
+    /// Share of the phases that agree, 0 to 1.
+    double coherence = 0.0;
+    /// Share of the windows with sound whose peak lies on the line.
+    double agreement = 0.0;
+    /// Coherence of the next best offset against that of this one.
+    double secondBest = 0.0;
+    /// True if one recording is the other upside down.
+    bool inverted = false;
+    std::vector<Jump> jumps;
+    Verdict verdict = Verdict::weak;
+    /// The verdict as a phrase for the user.
+    std::string reason;
+};
+
+/// Two recordings or more that belong together.
+struct Group {
+    /// Index of the source whose clock counts; one of the members.
+    std::size_t reference = 0;
+    /// In order of offset.
+    std::vector<Member> members;
+    std::vector<MeasuredLink> links;
+};
+
+/// A source that has no place, and why: a phrase that goes behind its name and a colon.
+struct LeftOut {
+    std::size_t source = 0;
+    std::string reason;
+};
+
+/// All that one job found out. Groups stand in the order of their first source, lone and failed
+/// sources in the order in which they were given, so that nothing depends on the number of threads.
+struct Result {
+    /// One for each source, in the order in which they were given.
+    std::vector<SourceFacts> sources;
+    std::vector<Group> groups;
+    /// Read, but in no group.
+    std::vector<LeftOut> alone;
+    /// Could not be read.
+    std::vector<LeftOut> failed;
+    /// Links between recordings that are not in one group, and why they were not believed.
+    std::vector<MeasuredLink> refusedLinks;
+};
+
+/// The words that stand for them in the JSON.
+VXL_SYNC_API const char* nameOf(Method method);
+VXL_SYNC_API const char* nameOf(Verdict verdict);
+
+/// The result as one JSON object, ending in a newline, as result.schema.json describes it: version
+/// 2. A name or path that is not UTF-8 is escaped so that its bytes can be had back; the schema
+/// says how. Throws std::bad_alloc only.
+VXL_SYNC_API std::string toJson(const Result& result);
+
+} // namespace vxlsync
+
+#endif

@@ -1,0 +1,136 @@
+#include "vxl_sync/Result.h"
+
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "tell/Utf8.h"
+
+namespace vxlsync
+{
+
+namespace
+{
+
+using Json = nlohmann::ordered_json;
+
+// A name or path: `key`, and where it had to be escaped, `key`IsEscaped behind it.
+void addText(Json& object, const std::string& key, const std::string& bytes)
+{
+    Utf8Text text = utf8Of(bytes);
+    object[key] = std::move(text.text);
+    if (text.isEscaped) object[key + "IsEscaped"] = true;
+}
+
+Json jumpsJson(const std::vector<Jump>& jumps)
+{
+    Json list = Json::array();
+    for (const Jump& jump : jumps) {
+        Json object = Json::object();
+        object["atSeconds"] = jump.atSeconds;
+        object["sizeSeconds"] = jump.sizeSeconds;
+        list.push_back(std::move(object));
+    }
+    return list;
+}
+
+Json linkJson(const MeasuredLink& link, const std::vector<SourceFacts>& sources)
+{
+    Json object = Json::object();
+    addText(object, "first", sources[link.first].name);
+    addText(object, "second", sources[link.second].name);
+    object["method"] = nameOf(link.method);
+    object["offsetSeconds"] = link.offsetSeconds;
+    object["offsetAtStartSeconds"] = link.offsetAtStartSeconds;
+    object["offsetAtEndSeconds"] = link.offsetAtEndSeconds;
+    object["uncertaintySeconds"] = link.uncertaintySeconds;
+    object["driftPpm"] = link.driftPpm;
+    object["driftUncertaintyPpm"] = link.driftUncertaintyPpm;
+    object["overlapSeconds"] = link.overlapSeconds;
+    object["peakRatio"] = link.peakRatio;
+    object["coherence"] = link.coherence;
+    object["agreement"] = link.agreement;
+    object["secondBest"] = link.secondBest;
+    object["inverted"] = link.inverted;
+    object["jumps"] = jumpsJson(link.jumps);
+    object["verdict"] = nameOf(link.verdict);
+    object["reason"] = link.reason;
+    return object;
+}
+
+Json linksJson(const std::vector<MeasuredLink>& links, const std::vector<SourceFacts>& sources)
+{
+    Json list = Json::array();
+    for (const MeasuredLink& link : links)
+        list.push_back(linkJson(link, sources));
+    return list;
+}
+
+Json memberJson(const Member& member, const SourceFacts& facts)
+{
+    Json object = Json::object();
+    addText(object, "name", facts.name);
+    addText(object, "path", facts.path);
+    object["offsetSeconds"] = member.offsetSeconds;
+    object["offsetUncertaintySeconds"] = member.offsetUncertaintySeconds;
+    object["driftPpm"] = member.driftPpm;
+    object["driftUncertaintyPpm"] = member.driftUncertaintyPpm;
+    object["durationSeconds"] = facts.durationSeconds;
+    object["notes"] = facts.notes;
+    return object;
+}
+
+Json groupJson(const Group& group, const std::vector<SourceFacts>& sources)
+{
+    Json members = Json::array();
+    for (const Member& member : group.members)
+        members.push_back(memberJson(member, sources[member.source]));
+    Json object = Json::object();
+    addText(object, "reference", sources[group.reference].path);
+    object["members"] = std::move(members);
+    object["links"] = linksJson(group.links, sources);
+    return object;
+}
+
+Json aloneJson(const LeftOut& alone, const SourceFacts& facts)
+{
+    Json object = Json::object();
+    addText(object, "name", facts.name);
+    addText(object, "path", facts.path);
+    object["durationSeconds"] = facts.durationSeconds;
+    object["reason"] = alone.reason;
+    return object;
+}
+
+Json failedJson(const LeftOut& failed, const SourceFacts& facts)
+{
+    Json object = Json::object();
+    addText(object, "path", facts.path);
+    object["reason"] = failed.reason;
+    return object;
+}
+
+} // namespace
+
+std::string toJson(const Result& result)
+{
+    Json groups = Json::array();
+    for (const Group& group : result.groups)
+        groups.push_back(groupJson(group, result.sources));
+    Json alone = Json::array();
+    for (const LeftOut& leftOut : result.alone)
+        alone.push_back(aloneJson(leftOut, result.sources[leftOut.source]));
+    Json failed = Json::array();
+    for (const LeftOut& leftOut : result.failed)
+        failed.push_back(failedJson(leftOut, result.sources[leftOut.source]));
+
+    Json document = Json::object();
+    document["version"] = 2;
+    document["groups"] = std::move(groups);
+    document["alone"] = std::move(alone);
+    document["refusedLinks"] = linksJson(result.refusedLinks, result.sources);
+    document["failed"] = std::move(failed);
+    constexpr int indent = 2;
+    return document.dump(indent, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+} // namespace vxlsync

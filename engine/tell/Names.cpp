@@ -1,0 +1,28 @@
+#include <cstddef>
+
+#include "vxl_sync/Result.h"
+
+namespace vxlsync
+{
+
+namespace
+{
+
+// In the order of Method and of Verdict.
+constexpr const char* methodNames[] = {"landmarks", "correlation"};
+constexpr const char* verdictNames[] = {"accepted",  "confirmed",    "weak",
+                                        "ambiguous", "contradicted", "forbidden"};
+
+} // namespace
+
+const char* nameOf(Method method)
+{
+    return methodNames[static_cast<std::size_t>(method)];
+}
+
+const char* nameOf(Verdict verdict)
+{
+    return verdictNames[static_cast<std::size_t>(verdict)];
+}
+
+} // namespace vxlsync

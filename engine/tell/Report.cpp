@@ -1,0 +1,197 @@
+#include "tell/Report.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <tuple>
+
+#include "model/Alignment.h"
+#include "tell/MeasuredLinks.h"
+
+namespace vxlsync
+{
+
+namespace
+{
+
+// Mean square below which nothing but the last bit of a converter is heard.
+constexpr double silentMeanSquare = 1e-9;
+// What the landmarks resolve: one frame of 256 samples at 8000 Hz.
+constexpr double landmarkErrorSeconds = 0.032;
+constexpr double millionths = 1e6;
+
+SourceFacts factsOf(const Source& source, const Recording& recording)
+{
+    SourceFacts facts;
+    facts.name = source.name;
+    if (facts.name.empty()) facts.name = std::filesystem::path(source.path).stem().string();
+    facts.path = source.path;
+    facts.device = source.device;
+    facts.durationSeconds = recording.durationSeconds;
+    facts.notes = recording.notes;
+    return facts;
+}
+
+// A result that knows the sources and nothing else yet.
+Result startedResult(const ReportInput& input)
+{
+    Result result;
+    result.sources.resize(input.sources.size());
+    for (std::size_t position = 0; position < input.sources.size(); ++position)
+        result.sources[input.sourceAt[position]] =
+            factsOf(input.sources[position], input.recordings[position]);
+    return result;
+}
+
+Member memberOf(std::size_t source, const Placement& place)
+{
+    Member member;
+    member.source = source;
+    member.offsetSeconds = place.start;
+    member.offsetUncertaintySeconds = place.startError;
+    member.driftPpm = place.drift * millionths;
+    member.driftUncertaintyPpm = place.driftError * millionths;
+    return member;
+}
+
+Group groupOf(const PlacedGroup& placed, const std::vector<std::size_t>& sourceAt)
+{
+    Group group;
+    group.reference = sourceAt[placed.reference];
+    for (std::size_t i = 0; i < placed.members.size(); ++i)
+        group.members.push_back(memberOf(sourceAt[placed.members[i]], placed.placements[i]));
+    return group;
+}
+
+PlacedGroup placedByLandmarks(const LandmarkGroup& group)
+{
+    PlacedGroup placed;
+    placed.members = group.members;
+    placed.reference = group.members.front();
+    for (const double start : group.starts)
+        placed.placements.push_back({start, 0.0, landmarkErrorSeconds, 0.0});
+    return placed;
+}
+
+std::size_t firstSource(const Group& group)
+{
+    std::size_t first = group.members.front().source;
+    for (const Member& member : group.members)
+        first = std::min(first, member.source);
+    return first;
+}
+
+// Members by offset, groups by the first of their sources.
+void arrange(std::vector<Group>& groups)
+{
+    for (Group& group : groups) {
+        std::sort(group.members.begin(), group.members.end(),
+                  [](const Member& left, const Member& right) {
+                      return std::tie(left.offsetSeconds, left.source) <
+                             std::tie(right.offsetSeconds, right.source);
+                  });
+    }
+    std::sort(groups.begin(), groups.end(), [](const Group& left, const Group& right) {
+        return firstSource(left) < firstSource(right);
+    });
+}
+
+// By source: the index of its group, or the number of groups if it has none.
+std::vector<std::size_t> groupsOfSources(const Result& result)
+{
+    std::vector<std::size_t> groups(result.sources.size(), result.groups.size());
+    for (std::size_t g = 0; g < result.groups.size(); ++g) {
+        for (const Member& member : result.groups[g].members)
+            groups[member.source] = g;
+    }
+    return groups;
+}
+
+// Hands each link to the group that it lies in, or to those that were refused. Requires groups in
+// their final order.
+void addLinks(Result& result, const Links& links, const std::vector<std::size_t>& sourceAt)
+{
+    std::vector<MeasuredLink> measured;
+    for (const Link& link : links)
+        measured.push_back(measuredLinkOf(link, sourceAt));
+    std::stable_sort(
+        measured.begin(), measured.end(), [](const MeasuredLink& left, const MeasuredLink& right) {
+            return std::tie(left.first, left.second) < std::tie(right.first, right.second);
+        });
+    const std::vector<std::size_t> groups = groupsOfSources(result);
+    for (const MeasuredLink& link : measured) {
+        if (!isFinite(link)) continue;
+        const std::size_t group = groups[link.first];
+        if (group < result.groups.size() && group == groups[link.second])
+            result.groups[group].links.push_back(link);
+        else
+            result.refusedLinks.push_back(link);
+    }
+}
+
+bool hasLink(const Links& links, std::size_t position, Verdict verdict, bool isDeviceClash)
+{
+    return std::any_of(links.begin(), links.end(), [&](const Link& link) {
+        return (link.first == position || link.second == position) && link.verdict == verdict &&
+               link.isDeviceClash == isDeviceClash;
+    });
+}
+
+// Why a recording that could be read has no place. What would be known but for the user or the
+// device says more than what the sound leaves open.
+const char* reasonForNoPlace(const Recording& recording, const Links& links, std::size_t position)
+{
+    if (recording.durationSeconds < shortestOverlapSeconds) return "too short";
+    if (recording.meanSquare < silentMeanSquare) return "silent";
+    if (hasLink(links, position, Verdict::forbidden, false))
+        return "kept apart by the user from what it has in common with others";
+    if (hasLink(links, position, Verdict::forbidden, true))
+        return "its sound has a place only where its device would be in two places at once";
+    if (hasLink(links, position, Verdict::ambiguous, false))
+        return "no certain place: the sound repeats, and more than one offset fits";
+    return "no sound in common with any other";
+}
+
+// Tells of the sources that are in no group.
+void addLeftOut(Result& result, const ReportInput& input, const Links& links)
+{
+    const std::vector<std::size_t> groups = groupsOfSources(result);
+    for (std::size_t position = 0; position < input.sourceAt.size(); ++position) {
+        const std::size_t source = input.sourceAt[position];
+        const Recording& recording = input.recordings[position];
+        if (groups[source] < result.groups.size()) continue;
+        if (!recording.failure.empty())
+            result.failed.push_back({source, recording.failure});
+        else
+            result.alone.push_back({source, reasonForNoPlace(recording, links, position)});
+    }
+    for (std::vector<LeftOut>* list : {&result.alone, &result.failed}) {
+        std::sort(list->begin(), list->end(), [](const LeftOut& left, const LeftOut& right) {
+            return left.source < right.source;
+        });
+    }
+}
+
+} // namespace
+
+Result reportDecision(const ReportInput& input, const Decision& decision)
+{
+    Result result = startedResult(input);
+    for (const PlacedGroup& placed : decision.groups)
+        result.groups.push_back(groupOf(placed, input.sourceAt));
+    arrange(result.groups);
+    const Links links = linksWorthTelling(decision.links);
+    addLinks(result, links, input.sourceAt);
+    addLeftOut(result, input, links);
+    return result;
+}
+
+Result reportLandmarks(const ReportInput& input, const std::vector<LandmarkGroup>& groups)
+{
+    Decision decision;
+    for (const LandmarkGroup& group : groups)
+        decision.groups.push_back(placedByLandmarks(group));
+    return reportDecision(input, decision);
+}
+
+} // namespace vxlsync

@@ -1,0 +1,55 @@
+#include "Request.h"
+
+#include <cstddef>
+#include <utility>
+
+#include "Paths.h"
+#include "Printable.h"
+
+namespace vxlsync::host
+{
+
+namespace
+{
+
+std::size_t indexOf(const std::vector<std::string>& paths, const std::string& option,
+                    const std::string& file)
+{
+    const std::size_t index = findPath(paths, file);
+    if (index == paths.size())
+        throw UsageError(option + ": " + printable(file) +
+                         ": not one of the recordings, or more than one");
+    return index;
+}
+
+} // namespace
+
+Request requestOf(const Options& options, const std::vector<std::string>& paths)
+{
+    Request request;
+    request.options = options.engine;
+    for (const std::string& path : paths) {
+        Source source;
+        source.path = path;
+        request.sources.push_back(std::move(source));
+    }
+    for (const auto& [file, seconds] : options.knownStarts) {
+        Source& source = request.sources[indexOf(paths, "--fix", file)];
+        if (source.knownStartSeconds.value_or(seconds) != seconds)
+            throw UsageError("--fix: " + printable(file) + ": given two starts that differ");
+        source.knownStartSeconds = seconds;
+    }
+    for (const auto& [left, right] : options.apart) {
+        const std::size_t first = indexOf(paths, "--apart", left);
+        const std::size_t second = indexOf(paths, "--apart", right);
+        if (first == second)
+            throw UsageError("--apart: " + printable(left) + " and " + printable(right) +
+                             " are the same recording");
+        request.options.apart.emplace_back(first, second);
+    }
+    if (!options.reference.empty())
+        request.options.reference = indexOf(paths, "--reference", options.reference);
+    return request;
+}
+
+} // namespace vxlsync::host

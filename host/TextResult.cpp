@@ -1,0 +1,93 @@
+#include "TextResult.h"
+
+#include <algorithm>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "Printable.h"
+
+namespace vxlsync::host
+{
+
+namespace
+{
+
+std::string counted(std::size_t count, const std::string& what)
+{
+    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+}
+
+std::string padded(const std::string& name, std::size_t width)
+{
+    const std::string shown = printable(name);
+    return shown + std::string(width - columnsOf(shown), ' ');
+}
+
+// Columns of the longest name among the sources of members or of those left out.
+template <typename Entries>
+std::size_t nameWidthOf(const Entries& entries, const Result& result)
+{
+    std::size_t width = 0;
+    for (const auto& entry : entries)
+        width = std::max(width, columnsOf(printable(result.sources[entry.source].name)));
+    return width;
+}
+
+void writeGroup(const Group& group, const Result& result, std::ostream& out)
+{
+    const std::size_t width = nameWidthOf(group.members, result);
+    for (const Member& member : group.members) {
+        const SourceFacts& source = result.sources[member.source];
+        out << fmt::format("{:14.4f} s  +-{:7.4f} s", member.offsetSeconds,
+                           member.offsetUncertaintySeconds);
+        if (member.source == group.reference)
+            out << "       reference";
+        else
+            out << fmt::format("  {:+10.2f} ppm", member.driftPpm);
+        out << "  " << padded(source.name, width) << "  " << printable(source.path) << '\n';
+        for (const std::string& note : source.notes)
+            out << "                    " << printable(note) << '\n';
+    }
+}
+
+void writeAlone(const Result& result, std::ostream& out)
+{
+    out << "\nAlone: " << counted(result.alone.size(), "recording") << '\n';
+    const std::size_t width = nameWidthOf(result.alone, result);
+    for (const LeftOut& alone : result.alone) {
+        const SourceFacts& source = result.sources[alone.source];
+        out << "  " << padded(source.name, width) << "  " << printable(source.path) << ": "
+            << printable(alone.reason) << '\n';
+        for (const std::string& note : source.notes)
+            out << "      " << printable(note) << '\n';
+    }
+}
+
+void writeFailed(const Result& result, std::ostream& out)
+{
+    out << "\nFailed: " << counted(result.failed.size(), "file") << '\n';
+    for (const LeftOut& failed : result.failed) {
+        out << "  " << printable(result.sources[failed.source].path) << ": "
+            << printable(failed.reason) << '\n';
+    }
+}
+
+} // namespace
+
+void writeText(const Result& result, std::ostream& out)
+{
+    if (result.groups.empty()) out << "Nothing matched.\n";
+    for (std::size_t i = 0; i < result.groups.size(); ++i) {
+        const Group& group = result.groups[i];
+        if (i > 0) out << '\n';
+        out << "Group " << i + 1 << ": " << counted(group.members.size(), "recording") << '\n';
+        writeGroup(group, result, out);
+    }
+    if (!result.alone.empty()) writeAlone(result, out);
+    if (!result.failed.empty()) writeFailed(result, out);
+}
+
+} // namespace vxlsync::host

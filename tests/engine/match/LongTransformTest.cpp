@@ -1,0 +1,112 @@
+#include "match/LongTransform.h"
+
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "Measuring.h"
+#include "Signals.h"
+#include "match/Transform.h"
+
+namespace
+{
+
+using vxlsync::LongTransform;
+using vxlsync::Spectrum;
+
+// In double precision, straight from the definition.
+std::complex<double> binOf(const std::vector<float>& samples, std::size_t bin)
+{
+    const double turn =
+        -2.0 * std::acos(-1.0) * static_cast<double>(bin) / static_cast<double>(samples.size());
+    std::complex<double> sum = 0.0;
+    for (std::size_t block = 0; block < samples.size(); block += 256) {
+        // Started anew in each block, so that rounding does not add up.
+        std::complex<double> rotor = std::polar(1.0, turn * static_cast<double>(block));
+        const std::complex<double> next = std::polar(1.0, turn);
+        for (std::size_t i = block; i < std::min(block + 256, samples.size()); ++i) {
+            sum += rotor * static_cast<double>(samples[i]);
+            rotor *= next;
+        }
+    }
+    return sum;
+}
+
+// Lengths whose halves are a square times 1, 2, 3, 5, 6, 10, 15 and 30: all that there are. Some
+// are odd squares, smaller than a batch of columns, or no multiple of a tile.
+class LongTransformOfLength : public testing::TestWithParam<std::size_t>
+{
+};
+
+TEST_P(LongTransformOfLength, GivesTheSpectrum)
+{
+    const std::vector<float> samples = signals::noise(3, GetParam());
+    Spectrum spectrum(samples.size() / 2 + 1);
+    LongTransform transform(samples.size(), nullptr);
+
+    transform.forward(samples.data(), spectrum.data());
+
+    // Noise of 0.3 adds up to the root of the length; a float has 24 bits.
+    const double tolerance = 5e-7 * std::sqrt(static_cast<double>(samples.size()));
+    for (std::size_t bin = 0; bin < spectrum.size(); ++bin) {
+        const std::complex<double> expected = binOf(samples, bin);
+        ASSERT_NEAR(spectrum[bin].real(), expected.real(), tolerance) << bin;
+        ASSERT_NEAR(spectrum[bin].imag(), expected.imag(), tolerance) << bin;
+    }
+}
+
+TEST_P(LongTransformOfLength, InvertsItselfTimesTheLength)
+{
+    const std::vector<float> samples = signals::noise(4, GetParam());
+    Spectrum spectrum(samples.size() / 2 + 1);
+    std::vector<float> back(samples.size());
+    LongTransform transform(samples.size(), nullptr);
+
+    transform.forward(samples.data(), spectrum.data());
+    transform.inverse(spectrum.data(), back.data());
+
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        ASSERT_NEAR(back[i] / static_cast<float>(samples.size()), samples[i], 5e-7f) << i;
+}
+
+INSTANTIATE_TEST_SUITE_P(OfAllShapes, LongTransformOfLength,
+                         testing::Values(2u, 60u, 2u * 900u, 2u * 2u * 576u, 2u * 3u * 256u,
+                                         2u * 5u * 144u, 2u * 6u * 225u, 2u * 10u * 64u,
+                                         2u * 15u * 25u, 2u * 30u * 36u, 2u * 2025u));
+
+TEST(LongTransform, OfAMillionSamplesIsAsRightAsAFloatIs)
+{
+    const std::vector<float> samples = signals::noise(5, std::size_t{5} << 18u);
+    Spectrum spectrum(samples.size() / 2 + 1);
+    LongTransform transform(samples.size(), nullptr);
+
+    transform.forward(samples.data(), spectrum.data());
+
+    // The rms of a bin is 330; KissFFT misses by 1.7e-7 of it in the mean, and no bin should by
+    // much more.
+    for (const std::size_t bin : {std::size_t{0}, std::size_t{1}, std::size_t{77777},
+                                  samples.size() / 4, samples.size() / 2 - 1, samples.size() / 2}) {
+        const std::complex<double> expected = binOf(samples, bin);
+        EXPECT_NEAR(spectrum[bin].real(), expected.real(), 330.0 * 6e-7) << bin;
+        EXPECT_NEAR(spectrum[bin].imag(), expected.imag(), 330.0 * 6e-7) << bin;
+    }
+}
+
+TEST(LongTransform, CanBeEndedAtAnyOfItsSteps)
+{
+    // 6 columns are a batch, 6 rows and one row of tiles follow: 8 questions, each way.
+    const std::vector<float> samples = signals::noise(6, 72);
+    Spectrum spectrum(37);
+    std::vector<float> back(72);
+    for (const int question : {1, 2, 8}) {
+        const vxlsync::Interrupt interrupt(measuring::endingAt(question));
+        LongTransform transform(72, &interrupt);
+        EXPECT_THROW(transform.forward(samples.data(), spectrum.data()), vxlsync::Cancelled)
+            << question;
+    }
+    const vxlsync::Interrupt interrupt(measuring::endingAt(2));
+    LongTransform transform(72, &interrupt);
+    EXPECT_THROW(transform.inverse(spectrum.data(), back.data()), vxlsync::Cancelled);
+}
+
+} // namespace

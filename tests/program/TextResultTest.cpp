@@ -1,0 +1,107 @@
+#include "TextResult.h"
+
+#include <sstream>
+
+#include <gmock/gmock.h>
+
+#include "Results.h"
+
+namespace
+{
+
+using testing::HasSubstr;
+using testing::StartsWith;
+using vxlsync::Result;
+
+std::string textOf(const Result& result)
+{
+    std::ostringstream out;
+    vxlsync::host::writeText(result, out);
+    return out.str();
+}
+
+TEST(TextResult, TellsPeopleEverythingOnALineOfItsOwn)
+{
+    EXPECT_EQ(textOf(results::everything()),
+              "Group 1: 2 recordings\n"
+              "        0.0000 s  +- 0.0000 s       reference  first  dir/first.wav\n"
+              "        1.2500 s  +- 0.0001 s      -20.50 ppm  b      a, \"b\".mp3\n"
+              "                    eight-bit samples are signed\n"
+              "\n"
+              "Alone: 1 recording\n"
+              "  alone  alone.ogg: silent\n"
+              "\n"
+              "Failed: 1 file\n"
+              "  gone.wav: could not be read: does not exist\n");
+}
+
+TEST(TextResult, SaysThatNothingMatched)
+{
+    EXPECT_EQ(textOf(Result()), "Nothing matched.\n");
+}
+
+TEST(TextResult, SetsGroupsApart)
+{
+    Result result = results::everything();
+    result.groups.push_back(result.groups.front());
+
+    EXPECT_THAT(textOf(result), HasSubstr("\n\nGroup 2: 2 recordings\n"));
+}
+
+TEST(TextResult, CountsMoreThanOne)
+{
+    Result result = results::everything();
+    result.alone.push_back(result.alone.front());
+    result.failed.push_back(result.failed.front());
+
+    EXPECT_THAT(textOf(result), HasSubstr("Alone: 2 recordings\n"));
+    EXPECT_THAT(textOf(result), HasSubstr("Failed: 2 files\n"));
+}
+
+TEST(TextResult, TellsWhatWasOddAboutARecordingThatIsAlone)
+{
+    Result result;
+    result.sources = {results::source("cut", "cut.mp3")};
+    result.sources[0].notes = {"ends early: 12.3 of 24.6 s could be read"};
+    result.alone = {{0, "too short"}};
+
+    EXPECT_THAT(textOf(result), HasSubstr("  cut  cut.mp3: too short\n"
+                                          "      ends early: 12.3 of 24.6 s could be read\n"));
+}
+
+TEST(TextResult, KeepsNamesInTheirColumns)
+{
+    Result result;
+    // Five columns by five letters, by four letters and a mark, and by two wide letters and one.
+    result.sources = {results::source("na\xC3\xAFve", "p"), results::source("longer", "q"),
+                      results::source("nai\xCC\x88v", "r"),
+                      results::source("\xE9\x9F\xB3\xE6\xA5\xBD!", "s")};
+    result.alone = {{0, "x"}, {1, "x"}, {2, "x"}, {3, "x"}};
+
+    EXPECT_THAT(textOf(result), HasSubstr("  na\xC3\xAFve   p: x\n"
+                                          "  longer  q: x\n"
+                                          "  nai\xCC\x88v    r: x\n"
+                                          "  \xE9\x9F\xB3\xE6\xA5\xBD!   s: x\n"));
+}
+
+TEST(TextResult, LetsNoNameCommandTheTerminal)
+{
+    Result result = results::everything();
+    for (vxlsync::SourceFacts& source : result.sources) {
+        source.name += "\x1b[2J";
+        source.path += "\xC2\x9B";
+        source.notes = {"\xE2\x80\xAE"};
+    }
+    result.alone[0].reason += "\x07";
+    result.failed[0].reason += "\xFF";
+
+    const std::string text = textOf(result);
+
+    EXPECT_THAT(text, HasSubstr("first\\x1b[2J  dir/first.wav\\xc2\\x9b\n"));
+    EXPECT_THAT(text, HasSubstr("alone\\x1b[2J  alone.ogg\\xc2\\x9b: silent\\x07\n"));
+    EXPECT_THAT(text, HasSubstr("gone.wav\\xc2\\x9b: could not be read: does not exist\\xff\n"));
+    for (const char* command : {"\x1b", "\xC2\x9B", "\xE2\x80\xAE", "\x07", "\xFF"})
+        EXPECT_THAT(text, testing::Not(HasSubstr(command)));
+}
+
+} // namespace

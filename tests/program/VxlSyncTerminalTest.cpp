@@ -1,0 +1,67 @@
+#include <signal.h>
+
+#include <gmock/gmock.h>
+
+#include "LongJob.h"
+#include "Program.h"
+#include "Sounds.h"
+#include "Wave.h"
+
+namespace
+{
+
+using program::LongJob;
+using program::Outcome;
+using testing::HasSubstr;
+using testing::Not;
+
+TEST(VxlSyncTerminal, ShowsABarOnATerminal)
+{
+    const wave::TempFolder folder;
+    const std::string path = folder.write("short.wav", sounds::recordingOf(1, 0, 5));
+
+    const Outcome run = program::runOnTerminal({path});
+
+    EXPECT_THAT(run.err, HasSubstr("Reading     ["));
+    EXPECT_THAT(run.err, HasSubstr("Comparing   [####"));
+    EXPECT_EQ(run.exitCode, 4);
+}
+
+TEST(VxlSyncTerminal, LeavesNothingOfTheBarBehind)
+{
+    const wave::TempFolder folder;
+    const std::string path = folder.write("short.wav", sounds::recordingOf(1, 0, 5));
+
+    const Outcome run = program::runOnTerminal({path});
+
+    // The last thing drawn is the blank that covers the bar.
+    EXPECT_THAT(run.err, testing::EndsWith(std::string(40, ' ') + "\r"));
+}
+
+TEST(VxlSyncTerminal, TakesTheBarAwayWhenItIsInterrupted)
+{
+    const LongJob job;
+
+    for (const int number : {SIGINT, SIGTERM}) {
+        const Outcome run = program::runOnTerminal(job.arguments, number);
+
+        // 130 and 143, as a shell shows a program that these signals ended.
+        EXPECT_EQ(run.exitCode, 128 + number);
+        EXPECT_EQ(run.out, "");
+        EXPECT_THAT(run.err, testing::StartsWith("Reading     ["));
+        EXPECT_THAT(run.err, testing::EndsWith("\r" + std::string(79, ' ') + "\r"));
+    }
+}
+
+TEST(VxlSyncTerminal, KeepsTheBarOutOfAFile)
+{
+    const wave::TempFolder folder;
+    const std::string path = folder.write("short.wav", sounds::recordingOf(1, 0, 5));
+
+    const Outcome run = program::run({path});
+
+    EXPECT_THAT(run.err, Not(HasSubstr("[")));
+    EXPECT_THAT(run.err, Not(HasSubstr("\r")));
+}
+
+} // namespace
