@@ -462,7 +462,6 @@ void comparePacking(Bytes& bytes)
         if (next <= offset) break;
         offset = next;
     }
-    if (bytes.oneIn(2)) histogram.shrinkToFit();
 
     require(histogram.size() == bins.size(), "as many bins as were appended");
     require(histogram.bestBin().offset == best, "the best bin's offset");

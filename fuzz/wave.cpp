@@ -7,13 +7,11 @@
 #include <string>
 #include <vector>
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include "Bytes.h"
 #include "Comparison.h"
 #include "Console.h"
 #include "Harness.h"
+#include "MemoryFile.h"
 #include "Sound.h"
 #include "VXFile.h"
 #include "VXLandmarkExtract.h"
@@ -29,25 +27,6 @@ using fuzz::Bytes;
 using fuzz::require;
 
 constexpr std::int64_t fileID = 3;
-
-// A file without a place on disk, which goes with the object. It has a path all the same.
-class MemoryFile
-{
-public:
-    MemoryFile(const std::uint8_t* data, std::size_t size) : descriptor(memfd_create("wave", 0))
-    {
-        require(descriptor >= 0, "a file in memory");
-        require(write(descriptor, data, size) == static_cast<ssize_t>(size), "a file written");
-    }
-    ~MemoryFile() { close(descriptor); }
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-
-    std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor); }
-
-private:
-    int descriptor;
-};
 
 // The reader passes over the size in the RIFF header, so that it is free to choose the parameters.
 // Small transforms make frames of short files.
@@ -121,7 +100,7 @@ void compareLandmarks(VXS::VXLandmarkExtract& extractor, const std::string& path
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const fuzz::SilentConsole silence;
-    const MemoryFile memory(data, size);
+    const fuzz::MemoryFile memory(data, size);
     const std::string path = memory.path();
     plain::Parameters parameters = parametersOf(data, size);
     const std::unique_ptr<plain::Reader> reader = openPlain(path);
