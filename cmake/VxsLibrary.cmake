@@ -29,6 +29,7 @@ add_library(
     src/VXMergeStats.cpp
     src/VXMergeStatsSetProcessor.cpp
     src/VXPairCounter.cpp
+    src/VXPostingLists.cpp
     src/wavfile.cpp)
 set_target_properties(
     vxl_audio_core

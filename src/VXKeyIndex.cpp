@@ -338,7 +338,7 @@ template VXPostingLists<std::uint64_t> VXKeyIndex::takeLists(const VXPostingLayo
 
 VXLandmark* VXKeyIndex::findLandmark(std::size_t file, std::int64_t offset, std::uint32_t key) const
 {
-    const auto& [fileID, sources] = files[file];
+    const auto& [id, sources] = files[file];
     for (auto source = sources.rbegin(); source != sources.rend(); ++source) {
         auto& frames = (*source)->getLandmarkMap();
         const auto frame = frames.find(offset);
@@ -346,7 +346,7 @@ VXLandmark* VXKeyIndex::findLandmark(std::size_t file, std::int64_t offset, std:
         for (auto found = frame->second.rbegin(); found != frame->second.rend(); ++found) {
             const VXLandmark* landmark = *found;
             if (landmark != nullptr && landmark->key == key && landmark->file != nullptr &&
-                landmark->getFileID() == fileID)
+                landmark->getFileID() == id)
                 return *found;
         }
     }

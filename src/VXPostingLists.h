@@ -104,21 +104,8 @@ struct VXPostingLists {
         listEnds.push_back({static_cast<std::uint32_t>(size), mixedKey});
     }
 
-    std::uint32_t mixedKeyOf(std::size_t posting) const
-    {
-        const auto isBefore = [](std::size_t position, const ListEnd& listEnd) {
-            return position < listEnd.posting;
-        };
-        return std::upper_bound(listEnds.begin(), listEnds.end(), posting, isBefore)->mixedKey;
-    }
-
-    std::uint64_t votes() const
-    {
-        std::uint64_t sum = 0;
-        for (const File& file : files)
-            sum += file.votes;
-        return sum;
-    }
+    std::uint32_t mixedKeyOf(std::size_t posting) const;
+    std::uint64_t votes() const;
 
     VXPostingLayout layout;
     LargeArray<Code> postings;
@@ -130,6 +117,9 @@ struct VXPostingLists {
     // The keys of two landmarks or more, also those that do not vote.
     std::size_t keys = 0;
 };
+
+extern template struct VXPostingLists<std::uint32_t>;
+extern template struct VXPostingLists<std::uint64_t>;
 
 } // namespace VXS
 
