@@ -25,7 +25,7 @@ void requireMemory(const void* memory);
 class MediaInput
 {
 public:
-    // All that `newRequest` refers to is borrowed. Throws ReadFailure, std::bad_alloc and what
+    // What `newRequest` refers to is borrowed. Throws ReadFailure, std::bad_alloc and what
     // Interrupt::check throws.
     explicit MediaInput(const ReadRequest& newRequest);
     MediaInput(const MediaInput&) = delete;
@@ -61,7 +61,7 @@ private:
     // Throws for a negative result: memory, or else the failure.
     void require(int result, const char* failure) const;
 
-    const ReadRequest& request;
+    const ReadRequest request;
     const InputFile file;
     StallWatch watch;
     std::int64_t position = 0;

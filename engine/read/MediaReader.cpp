@@ -160,7 +160,7 @@ private:
         return result;
     }
 
-    const ReadRequest& request;
+    const ReadRequest request;
     Intake& intake;
     MediaInput input;
     const AVStream& stream;

@@ -111,7 +111,7 @@ private:
         return request.takesBytesAsSigned ? asSigned(sample) : sample;
     }
 
-    const ReadRequest& request;
+    const ReadRequest request;
     const InputFile file;
     const WaveHeader header;
     ByteVotes votes;
