@@ -7,7 +7,6 @@
 #include <limits>
 #include <map>
 #include <memory>
-#include <new>
 #include <set>
 #include <utility>
 #include <vector>
@@ -580,25 +579,6 @@ void mergeAnyhow(Bytes& bytes)
     require(!isFilled || grouped == ids, "the ids of the set and no others");
 }
 
-// Landmarks so far apart that no table holds the frames between.
-void refuseWideSpan(Bytes& bytes)
-{
-    VXS::VXFile file(bytes.raw<std::int64_t>());
-    const std::int32_t first = std::numeric_limits<std::int32_t>::min() + bytes.byte();
-    const std::int32_t last = bytes.pick({0, std::numeric_limits<std::int32_t>::max()});
-    file.addLandmark(new VXS::VXLandmark(first, &file, 1));
-    file.addLandmark(new VXS::VXLandmark(last, &file, 1));
-    bool isRefused = false;
-    try {
-        file.computeCLF();
-    } catch (const std::bad_alloc&) {
-        isRefused = true;
-    }
-    require(isRefused, "a span refused");
-    require(file.getLandmarkMap().size() == 2, "no frame entered before");
-    require(file.queryNumberLandmarksInBetween(first, last) == -1, "counts that stay stale");
-}
-
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
@@ -614,9 +594,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
         return 0;
     case 6:
         mergeAnyhow(bytes);
-        return 0;
-    case 7:
-        refuseWideSpan(bytes);
         return 0;
     default:
         break;
