@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "model/FileFacts.h"
 #include "model/SampleStore.h"
 
 namespace vxlsync
@@ -27,6 +28,7 @@ struct Recording {
     double durationSeconds = 0.0;
     // Of the samples without their mean.
     double meanSquare = 0.0;
+    FileFacts facts;
     // Empty, or why the source could not be read; then there are no samples.
     std::string failure;
     // Remarks for the user on what was odd or was mended while reading.

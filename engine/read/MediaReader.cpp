@@ -8,6 +8,7 @@ extern "C" {
 }
 
 #include "read/Failure.h"
+#include "read/MediaFacts.h"
 #include "read/MediaInput.h"
 #include "read/MediaSamples.h"
 #include "read/Reader.h"
@@ -108,6 +109,7 @@ private:
         }
         for (double& sample : samples)
             sample /= channels.count;
+        channelTaken = channels.number();
         intake.append(samples.data(), samples.size());
         input.move();
         ++framesTaken;
@@ -153,6 +155,8 @@ private:
     {
         ReadFindings result;
         result.bytesLookSigned = hasBytes && !request.takesBytesAsSigned && votes.areSigned();
+        result.facts = mediaFactsOf(input.format(), stream);
+        result.facts.channel = channelTaken;
         result.notes = timeline.notes();
         if (undecodedPieces > 0) result.notes.push_back(notes::undecodedPieces(undecodedPieces));
         if (statedSeconds() - intake.seconds() > shortestLossSeconds)
@@ -171,6 +175,8 @@ private:
     bool hasBytes;
     Timeline timeline;
     ByteVotes votes;
+    // From 1, or 0 for the mean of all.
+    int channelTaken = 0;
     std::int64_t packetsGiven = 0;
     std::int64_t framesTaken = 0;
     std::int64_t undecodedPieces = 0;

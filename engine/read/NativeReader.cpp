@@ -60,7 +60,10 @@ ReadFindings readNative(const ReadRequest& request, Intake& intake)
         intake.append(samples.data(), samples.size());
         left -= part;
     }
-    return {};
+    ReadFindings findings;
+    findings.facts.stream = 1;
+    findings.facts.channel = 1;
+    return findings;
 }
 
 } // namespace vxlsync

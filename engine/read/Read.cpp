@@ -111,6 +111,7 @@ private:
 
         std::vector<std::string>& remarks = reading.recording.notes;
         remarks = findings.notes;
+        reading.recording.facts = findings.facts;
         if (taking.bytesAsSigned) remarks.emplace_back(notes::signedBytes);
         if (taking.gain < 1.0) remarks.push_back(notes::scaledDown(1.0 / taking.gain));
         const std::int64_t broken = odd.broken + odd.absurd;

@@ -31,6 +31,7 @@ struct ReadRequest {
 struct ReadFindings {
     // Eight-bit samples look signed and were not taken so: the file is to be read again.
     bool bytesLookSigned = false;
+    FileFacts facts;
     std::vector<std::string> notes;
 };
 
@@ -38,6 +39,11 @@ struct ReadFindings {
 struct ChannelRange {
     int first = 0;
     int count = 1;
+    // True if it stands for all of a frame, however many those are.
+    bool isMix = false;
+
+    // From 1, or 0 for the mean of all.
+    int number() const { return isMix ? 0 : first + 1; }
 };
 
 // Throws ReadFailure if there is no such channel among `channels`, which are at least one.

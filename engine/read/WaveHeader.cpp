@@ -5,16 +5,13 @@
 #include <cstring>
 
 #include "read/LittleEndian.h"
+#include "read/RiffChunks.h"
 
 namespace vxlsync
 {
 
 namespace
 {
-
-// Files of recorders have a dozen chunks before their sound; a file of zeros is one empty chunk
-// after the other.
-constexpr int mostChunks = 1000;
 
 bool startsWith(const unsigned char* bytes, const char* word)
 {
@@ -64,20 +61,15 @@ std::optional<WaveHeader> walkChunks(const InputFile& file, std::int64_t at, boo
     WaveHeader header;
     bool isKnown = false;
     std::int64_t wideBytes = 0;
-    for (int chunks = 0; chunks < mostChunks; ++chunks) {
-        std::array<unsigned char, 8> head{};
-        if (file.read(at, head.data(), head.size()) < head.size()) break;
-        const auto bytes = static_cast<std::int64_t>(littleEndian(head.data() + 4, 4));
-        at += static_cast<std::int64_t>(head.size());
-        if (startsWith(head.data(), "data")) {
-            header.dataStart = at;
-            header.dataBytes = dataBytesOf(bytes, wideBytes);
+    RiffChunks chunks(file, at, file.size());
+    while (const std::optional<RiffChunk> chunk = chunks.next()) {
+        if (chunk->is("data")) {
+            header.dataStart = chunk->at;
+            header.dataBytes = dataBytesOf(chunk->bytes, wideBytes);
             return isKnown ? std::optional(header) : std::nullopt;
         }
-        if (isWide && startsWith(head.data(), "ds64")) wideBytes = wideSizeAt(file, at);
-        if (startsWith(head.data(), "fmt ")) isKnown = readFormat(file, at, bytes, header);
-        // Chunks begin at even places.
-        at += bytes + bytes % 2;
+        if (isWide && chunk->is("ds64")) wideBytes = wideSizeAt(file, chunk->at);
+        if (chunk->is("fmt ")) isKnown = readFormat(file, chunk->at, chunk->bytes, header);
     }
     return std::nullopt;
 }

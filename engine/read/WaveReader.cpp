@@ -8,6 +8,7 @@
 #include "read/InputFile.h"
 #include "read/LittleEndian.h"
 #include "read/Reader.h"
+#include "read/WaveFacts.h"
 #include "read/WaveHeader.h"
 
 namespace vxlsync
@@ -62,6 +63,10 @@ public:
 
         ReadFindings findings;
         findings.bytesLookSigned = !request.takesBytesAsSigned && votes.areSigned();
+        findings.facts = waveFactsOf(file, header);
+        findings.facts.stream = 1;
+        findings.facts.channel = channels.number();
+        if (!isOpen) findings.facts.fileSeconds = header.statedSeconds();
         if (header.statedSeconds() - intake.seconds() > shortestLossSeconds)
             findings.notes.push_back(notes::endsEarly(intake.seconds(), header.statedSeconds()));
         return findings;

@@ -2,6 +2,7 @@
 #define VXL_SYNC_RESULT_H
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,13 +24,64 @@
 namespace vxlsync
 {
 
+/// How it is known what recorded a source.
+enum class DeviceEvidence {
+    /// It is not.
+    none,
+    /// The source said it: a rule that nothing overrules. What follows is evidence.
+    stated,
+    /// The file has a make, a model and a serial number.
+    serialNumber,
+    /// The file has a make or a model; and others of it in the same folder, if there are any, were
+    /// not recorded at the same time.
+    model,
+    /// The file has the name that its recorder was given.
+    originator,
+    /// The file's name counts on in a series of its folder.
+    names,
+};
+
+/// Pictures in a second. Both are positive.
+struct FrameRate {
+    int numerator = 0;
+    int denominator = 1;
+
+    double perSecond() const
+    {
+        return static_cast<double>(numerator) / static_cast<double>(denominator);
+    }
+};
+
 /// What is known of one source by itself.
 struct SourceFacts {
     /// As the source gave it, or else the file's name without its extension.
     std::string name;
     /// As the source gave it; empty for samples that the host handed over.
     std::string path;
+    /// What recorded it: the same name for all that one device recorded. Empty if it is not known.
     std::string device;
+    DeviceEvidence deviceKnownBy = DeviceEvidence::none;
+    /// When it began by its device's clock, as far as that can be told: in seconds to be compared
+    /// with those of the same device.
+    std::optional<double> clockStartSeconds;
+    /// As the file has it: "2026-06-01T10:00:37+02:00", with "Z" for universal time and without
+    /// either if the zone is not known. Devices mean the start of the take or its end.
+    std::string creationTime;
+    /// Of the first frame, as the file has it: "10:00:37:12".
+    std::string timecode;
+    /// Of the first sample, since midnight, as broadcast WAV files have it.
+    std::optional<double> timeReferenceSeconds;
+    /// Of the picture, if there is one.
+    std::optional<FrameRate> frameRate;
+    /// Where the picture begins, in seconds of the recording.
+    std::optional<double> pictureStartSeconds;
+    /// Of the whole file, as it says itself.
+    std::optional<double> fileSeconds;
+    /// Which of the file's audio streams was read, from 1; 0 for samples of the host and for what
+    /// could not be read.
+    int stream = 0;
+    /// Which of its channels was read, from 1; 0 for the mean of all, or where `stream` is 0.
+    int channel = 0;
     /// Length of what could be read.
     double durationSeconds = 0.0;
     /// Sentences for the user on what was odd or was mended while reading.
@@ -139,11 +191,12 @@ struct Result {
 };
 
 /// The words that stand for them in the JSON.
+VXL_SYNC_API const char* nameOf(DeviceEvidence evidence);
 VXL_SYNC_API const char* nameOf(Method method);
 VXL_SYNC_API const char* nameOf(Verdict verdict);
 
 /// The result as one JSON object, ending in a newline, as result.schema.json describes it: version
-/// 2. A name or path that is not UTF-8 is escaped so that its bytes can be had back; the schema
+/// 3. A name or path that is not UTF-8 is escaped so that its bytes can be had back; the schema
 /// says how. Throws std::bad_alloc only.
 VXL_SYNC_API std::string toJson(const Result& result);
 

@@ -5,9 +5,20 @@
 namespace
 {
 
+using vxlsync::DeviceEvidence;
 using vxlsync::Method;
 using vxlsync::nameOf;
 using vxlsync::Verdict;
+
+TEST(Names, OfEvidenceAreTheWordsOfTheJson)
+{
+    EXPECT_STREQ(nameOf(DeviceEvidence::none), "none");
+    EXPECT_STREQ(nameOf(DeviceEvidence::stated), "stated");
+    EXPECT_STREQ(nameOf(DeviceEvidence::serialNumber), "serial number");
+    EXPECT_STREQ(nameOf(DeviceEvidence::model), "model");
+    EXPECT_STREQ(nameOf(DeviceEvidence::originator), "originator");
+    EXPECT_STREQ(nameOf(DeviceEvidence::names), "names");
+}
 
 TEST(Names, OfMethodsAreTheWordsOfTheJson)
 {
