@@ -8,6 +8,7 @@
 #include "decide/Refine.h"
 #include "job/Contract.h"
 #include "job/Machine.h"
+#include "job/Origins.h"
 #include "job/Plan.h"
 #include "match/Examine.h"
 #include "match/Landmarks.h"
@@ -46,7 +47,9 @@ Result workThrough(Plan& plan, const Options& options, Run& run)
 {
     std::vector<Recording> recordings = readAll(plan.sources, options, run);
     plan.letSamplesGo();
-    const ReportInput reported{plan.sources, recordings, plan.sourceAt};
+    const std::vector<Origin> origins = findOrigins(plan.sources, recordings, options);
+    addOrigins(origins, plan.constraints);
+    const ReportInput reported{plan.sources, recordings, plan.sourceAt, origins};
     const std::vector<LandmarkGroup> byLandmarks = groupByLandmarks(recordings, run);
     if (options.landmarksOnly) return reportLandmarks(reported, byLandmarks);
 

@@ -20,13 +20,29 @@ constexpr double silentMeanSquare = 1e-9;
 constexpr double landmarkErrorSeconds = 0.032;
 constexpr double millionths = 1e6;
 
-SourceFacts factsOf(const Source& source, const Recording& recording)
+// What the file says of itself.
+void addFileFacts(const FileFacts& file, SourceFacts& facts)
+{
+    if (file.created) facts.creationTime = textOf(*file.created);
+    facts.timecode = file.timecode;
+    facts.timeReferenceSeconds = file.timeReference;
+    facts.frameRate = file.frameRate;
+    facts.pictureStartSeconds = file.pictureStart;
+    facts.fileSeconds = file.fileSeconds;
+    facts.stream = file.stream;
+    facts.channel = file.channel;
+}
+
+SourceFacts factsOf(const Source& source, const Recording& recording, const Origin& origin)
 {
     SourceFacts facts;
     facts.name = source.name;
     if (facts.name.empty()) facts.name = std::filesystem::path(source.path).stem().string();
     facts.path = source.path;
-    facts.device = source.device;
+    facts.device = origin.device;
+    facts.deviceKnownBy = origin.knownBy;
+    facts.clockStartSeconds = origin.clockStart;
+    addFileFacts(recording.facts, facts);
     facts.durationSeconds = recording.durationSeconds;
     facts.notes = recording.notes;
     return facts;
@@ -39,7 +55,7 @@ Result startedResult(const ReportInput& input)
     result.sources.resize(input.sources.size());
     for (std::size_t position = 0; position < input.sources.size(); ++position)
         result.sources[input.sourceAt[position]] =
-            factsOf(input.sources[position], input.recordings[position]);
+            factsOf(input.sources[position], input.recordings[position], input.origins[position]);
     return result;
 }
 

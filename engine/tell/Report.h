@@ -7,6 +7,7 @@
 #include "model/Decision.h"
 #include "model/LandmarkGroup.h"
 #include "model/Recording.h"
+#include "model/Take.h"
 #include "vxl_sync/Sync.h"
 
 namespace vxlsync
@@ -19,6 +20,8 @@ struct ReportInput {
     const std::vector<Recording>& recordings;
     // The index that the host knows each source by.
     const std::vector<std::size_t>& sourceAt;
+    // By position, too.
+    const std::vector<Origin>& origins;
 };
 
 // The result of a whole job. Of each pair it tells the links that are used, or else the best of

@@ -25,7 +25,7 @@ struct Source {
     /// What the result calls it; the file's name without its extension if it is empty.
     std::string name;
     /// What recorded it. Recordings that name the same device are never placed at the same time,
-    /// and are not compared with each other. Empty if it is not known.
+    /// and are not compared with each other. If it is empty, what the file says counts as evidence.
     std::string device;
     /// When it started, in seconds on a clock that all known starts share.
     std::optional<double> knownStartSeconds;
@@ -49,6 +49,8 @@ struct Options {
     int channelNumber = 1;
     /// Read files with the landmark library's own reader, which knows WAV files of 8000 Hz only.
     bool nativeReader = false;
+    /// Leave out what files say of when they were recorded.
+    bool ignoreClocks = false;
     /// Tell what the landmarks say, to the frame, and nothing more.
     bool landmarksOnly = false;
     /// 0 for one for each processor. No result depends on it.

@@ -28,7 +28,8 @@ constexpr double plain = 60.0;
 // Sources a.wav, b.wav ... by position, each of a minute of sound, known to the host in the same
 // order.
 struct Job {
-    explicit Job(std::size_t count) : sources(count), recordings(count), sourceAt(count)
+    explicit Job(std::size_t count)
+        : sources(count), recordings(count), sourceAt(count), origins(count)
     {
         std::iota(sourceAt.begin(), sourceAt.end(), std::size_t{0});
         for (std::size_t i = 0; i < count; ++i) {
@@ -38,11 +39,15 @@ struct Job {
         }
     }
 
-    Result reported() const { return reportDecision({sources, recordings, sourceAt}, decision); }
+    Result reported() const
+    {
+        return reportDecision({sources, recordings, sourceAt, origins}, decision);
+    }
 
     std::vector<Source> sources;
     std::vector<Recording> recordings;
     std::vector<std::size_t> sourceAt;
+    std::vector<vxlsync::Origin> origins;
     Decision decision;
 };
 
@@ -88,7 +93,7 @@ std::string reasonOf(const Job& job)
 TEST(Report, TellsTheFactsOfEverySource)
 {
     Job job(2);
-    job.sources[0].device = "recorder";
+    job.origins[0] = {"recorder", vxlsync::DeviceEvidence::originator, 12.5};
     job.recordings[0].notes = {"ends early"};
     job.sources[1].name = "camera";
 
@@ -98,9 +103,40 @@ TEST(Report, TellsTheFactsOfEverySource)
     EXPECT_EQ(result.sources[0].name, "a");
     EXPECT_EQ(result.sources[0].path, "dir/a.wav");
     EXPECT_EQ(result.sources[0].device, "recorder");
+    EXPECT_EQ(result.sources[0].deviceKnownBy, vxlsync::DeviceEvidence::originator);
+    EXPECT_EQ(result.sources[0].clockStartSeconds, 12.5);
     EXPECT_EQ(result.sources[0].durationSeconds, plain);
     EXPECT_THAT(result.sources[0].notes, ElementsAre("ends early"));
     EXPECT_EQ(result.sources[1].name, "camera");
+    EXPECT_EQ(result.sources[1].device, "");
+    EXPECT_EQ(result.sources[1].deviceKnownBy, vxlsync::DeviceEvidence::none);
+}
+
+TEST(Report, TellsWhatFilesSayOfThemselves)
+{
+    Job job(2);
+    vxlsync::FileFacts& file = job.recordings[0].facts;
+    file.created = vxlsync::parseDateTime("2026-06-01T10:00:37+02:00");
+    file.timecode = "10:00:37:12";
+    file.timeReference = 36037.5;
+    file.frameRate = vxlsync::FrameRate{25, 1};
+    file.pictureStart = 0.04;
+    file.fileSeconds = 61.0;
+    file.stream = 2;
+    file.channel = 1;
+
+    const std::vector<vxlsync::SourceFacts> sources = job.reported().sources;
+
+    EXPECT_EQ(sources[0].creationTime, "2026-06-01T10:00:37+02:00");
+    EXPECT_EQ(sources[0].timecode, "10:00:37:12");
+    EXPECT_EQ(sources[0].timeReferenceSeconds, 36037.5);
+    EXPECT_EQ(sources[0].frameRate.value().numerator, 25);
+    EXPECT_EQ(sources[0].pictureStartSeconds, 0.04);
+    EXPECT_EQ(sources[0].fileSeconds, 61.0);
+    EXPECT_EQ(sources[0].stream, 2);
+    EXPECT_EQ(sources[0].channel, 1);
+    EXPECT_EQ(sources[1].creationTime, "");
+    EXPECT_FALSE(sources[1].frameRate);
 }
 
 TEST(Report, TellsMembersInTheirPlaces)
@@ -283,8 +319,8 @@ TEST(Report, TellsGroupsOfTheLandmarksToTheFrame)
     Job job(4);
     job.sourceAt = {3, 2, 1, 0};
 
-    const Result result =
-        reportLandmarks({job.sources, job.recordings, job.sourceAt}, {{{0, 2}, {1.5, 0.0}}});
+    const Result result = reportLandmarks({job.sources, job.recordings, job.sourceAt, job.origins},
+                                          {{{0, 2}, {1.5, 0.0}}});
 
     ASSERT_EQ(result.groups.size(), 1u);
     EXPECT_EQ(result.groups[0].reference, 3u);
