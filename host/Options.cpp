@@ -2,16 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
-#include <charconv>
-#include <cmath>
-#include <cstdlib>
-#include <limits>
 #include <ostream>
 #include <sstream>
 
 #include <CLI/CLI.hpp>
 
+#include "OptionTexts.h"
 #include "Printable.h"
 
 namespace vxlsync::host
@@ -52,8 +48,7 @@ constexpr const char* notes =
 
 // More threads than any machine of today has processors to offer to one job.
 constexpr std::size_t mostThreads = 256;
-// More channels and streams than any format of today holds.
-constexpr int mostChannels = 1024;
+// More streams than any format of today holds.
 constexpr int mostStreams = 10000;
 
 template <typename Choice>
@@ -92,16 +87,6 @@ Choice choiceOf(const std::array<Named<Choice>, count>& table, const std::string
         ->choice;
 }
 
-// Options as they are written, for those whose meaning the parser does not know.
-struct Texts {
-    std::string format = "text";
-    std::string progress = "auto";
-    std::string channel = "left";
-    std::string memory;
-    std::vector<std::string> fixed;
-    std::vector<std::string> apart;
-};
-
 // An argument in brackets would be taken for a list and split at its commas.
 std::string withoutListMeaning(const std::string& argument)
 {
@@ -111,7 +96,7 @@ std::string withoutListMeaning(const std::string& argument)
 }
 
 // Help lines start at the 30th column.
-void addOutputOptions(CLI::App& app, Texts& texts)
+void addOutputOptions(CLI::App& app, OptionTexts& texts)
 {
     app.add_option("--format", texts.format,
                    "How the result is printed: text (default),\njson or csv")
@@ -125,7 +110,7 @@ void addOutputOptions(CLI::App& app, Texts& texts)
         ->check(CLI::IsMember(namesOf(progressModes)));
 }
 
-void addReadingOptions(CLI::App& app, Options& options, Texts& texts)
+void addReadingOptions(CLI::App& app, Options& options, OptionTexts& texts)
 {
     app.add_option("--channel", texts.channel,
                    "Channel that counts: left (default), mix, or\nits number")
@@ -150,7 +135,7 @@ void addReadingOptions(CLI::App& app, Options& options, Texts& texts)
         ->option_text("SIZE");
 }
 
-void addKnowledgeOptions(CLI::App& app, Options& options, Texts& texts)
+void addKnowledgeOptions(CLI::App& app, Options& options, OptionTexts& texts)
 {
     app.add_option("--reference", options.reference,
                    "Recording whose clock the drifts refer to; by\ndefault the one best tied")
@@ -165,89 +150,16 @@ void addKnowledgeOptions(CLI::App& app, Options& options, Texts& texts)
         ->option_text("FILE,FILE")
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    app.add_option("--device", texts.devices,
+                   "What recorded these files: it is never in two\n"
+                   "places at once. By default what the files say\n"
+                   "of it counts as evidence")
+        ->option_text("NAME=FILE,...")
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    app.add_flag("--ignore-clocks", options.engine.ignoreClocks,
+                 "Leave out what files say of when they were\nrecorded");
     app.add_option("FILE", options.paths, "Recordings")->option_text("...")->required();
-}
-
-// The number that the text is, digits and nothing else.
-template <typename Number>
-bool readWhole(const std::string& text, Number& number)
-{
-    const char* end = text.data() + text.size();
-    const std::from_chars_result result = std::from_chars(text.data(), end, number);
-    return result.ec == std::errc() && result.ptr == end;
-}
-
-void readChannel(const std::string& text, vxlsync::Options& engine)
-{
-    if (text == "left") {
-        engine.channel = Channel::left;
-    } else if (text == "mix") {
-        engine.channel = Channel::mix;
-    } else {
-        engine.channel = Channel::numbered;
-        if (!readWhole(text, engine.channelNumber) || engine.channelNumber < 1 ||
-            engine.channelNumber > mostChannels)
-            throw CLI::ValidationError("--channel", "left, mix or a number from 1 to " +
-                                                        std::to_string(mostChannels) + ", not " +
-                                                        text);
-    }
-}
-
-// Bits that a number is shifted by for the unit that the letter stands for; 0 for no such unit.
-unsigned int shiftOf(char letter)
-{
-    switch (std::toupper(static_cast<unsigned char>(letter))) {
-    case 'K':
-        return 10;
-    case 'M':
-        return 20;
-    case 'G':
-        return 30;
-    default:
-        return 0;
-    }
-}
-
-void readMemory(const std::string& text, vxlsync::Options& engine)
-{
-    const unsigned int shift = text.empty() ? 0 : shiftOf(text.back());
-    const std::string digits = shift > 0 ? text.substr(0, text.size() - 1) : text;
-    std::size_t number = 0;
-    if (!readWhole(digits, number) || number > std::numeric_limits<std::size_t>::max() >> shift)
-        throw CLI::ValidationError(
-            "--memory", "a number of bytes, or one with K, M or G behind it, not " + text);
-    engine.memoryBytes = number << shift;
-    if (engine.memoryBytes < leastMemoryBytes)
-        throw CLI::ValidationError(
-            "--memory", "at least " + std::to_string(leastMemoryBytes >> 20U) + "M, not " + text);
-}
-
-void readKnownStarts(const std::vector<std::string>& texts, Options& options)
-{
-    for (const std::string& text : texts) {
-        const std::size_t sign = text.rfind('=');
-        // Without a sign, npos and 1 make 0, and the text is read from its start.
-        const std::string number = text.substr(sign + 1);
-        char* end = nullptr;
-        const double seconds = std::strtod(number.c_str(), &end);
-        if (sign == std::string::npos || sign == 0 || end == number.c_str() || *end != '\0')
-            throw CLI::ValidationError("--fix", "FILE=SECONDS, not " + text);
-        // Not within is also said of what is no number.
-        if (!(std::fabs(seconds) <= farthestStartSeconds))
-            throw CLI::ValidationError("--fix", text.substr(0, sign) + ": " + number +
-                                                    " is no time within 100 days of 0");
-        options.knownStarts.emplace_back(text.substr(0, sign), seconds);
-    }
-}
-
-void readApart(const std::vector<std::string>& texts, Options& options)
-{
-    for (const std::string& text : texts) {
-        const std::size_t comma = text.find(',');
-        if (comma == std::string::npos || comma == 0 || comma + 1 == text.size())
-            throw CLI::ValidationError("--apart", "FILE,FILE, not " + text);
-        options.apart.emplace_back(text.substr(0, comma), text.substr(comma + 1));
-    }
 }
 
 // Writes what the parser has to say. Arguments that it repeats may have come from names of files.
@@ -267,7 +179,7 @@ std::variant<Options, ExitCode> parseOptions(const std::vector<std::string>& arg
                                              bool anyMedia, std::ostream& out, std::ostream& err)
 {
     Options options;
-    Texts texts;
+    OptionTexts texts;
     CLI::App app(description, "vxl-sync");
     app.footer(std::string(anyMedia ? anyMediaNote : waveOnlyNote) + "\n" + notes);
     app.set_version_flag("--version", "vxl-sync " VXL_SYNC_VERSION);
@@ -283,10 +195,8 @@ std::variant<Options, ExitCode> parseOptions(const std::vector<std::string>& arg
         app.parse(reversed);
         options.format = choiceOf(formats, texts.format);
         options.progress = choiceOf(progressModes, texts.progress);
-        readChannel(texts.channel, options.engine);
-        if (app.count("--memory") > 0) readMemory(texts.memory, options.engine);
-        readKnownStarts(texts.fixed, options);
-        readApart(texts.apart, options);
+        texts.isMemoryGiven = app.count("--memory") > 0;
+        readTexts(texts, options);
     } catch (const CLI::ParseError& error) {
         return endWith(app, error, out, err);
     }

@@ -29,6 +29,8 @@ struct Options {
     // In seconds, within farthestStartSeconds.
     std::vector<std::pair<std::string, double>> knownStarts;
     std::vector<std::pair<std::string, std::string>> apart;
+    // By name of the device.
+    std::vector<std::pair<std::string, std::vector<std::string>>> devices;
     std::string reference;
 };
 

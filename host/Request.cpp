@@ -47,6 +47,14 @@ Request requestOf(const Options& options, const std::vector<std::string>& paths)
                              " are the same recording");
         request.options.apart.emplace_back(first, second);
     }
+    for (const auto& [device, files] : options.devices) {
+        for (const std::string& file : files) {
+            Source& source = request.sources[indexOf(paths, "--device", file)];
+            if (!source.device.empty() && source.device != device)
+                throw UsageError("--device: " + printable(file) + ": given two devices");
+            source.device = device;
+        }
+    }
     if (!options.reference.empty())
         request.options.reference = indexOf(paths, "--reference", options.reference);
     return request;

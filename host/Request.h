@@ -27,8 +27,8 @@ struct Request {
 
 // The sources of these paths, in their order, and the options with recordings by index. Throws
 // UsageError for an option that names a recording which is not among the paths or which the name
-// does not tell from another, for two known starts of one recording that differ, and for a
-// recording that shall be apart from itself.
+// does not tell from another, for two known starts of one recording that differ, for two
+// devices of one recording, and for a recording that shall be apart from itself.
 Request requestOf(const Options& options, const std::vector<std::string>& paths);
 
 } // namespace vxlsync::host

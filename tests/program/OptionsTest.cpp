@@ -211,6 +211,35 @@ TEST(Options, RefusesAPairThatIsNone)
     }
 }
 
+TEST(Options, TakesDevicesWithTheirFiles)
+{
+    const auto devices =
+        parse({"--device", "camera a=1.wav,b=2.wav,3.wav", "--device", "b=4.wav", "1.wav"})
+            .options()
+            .devices;
+
+    EXPECT_THAT(devices,
+                ElementsAre(testing::Pair("camera a", ElementsAre("1.wav", "b=2.wav", "3.wav")),
+                            testing::Pair("b", ElementsAre("4.wav"))));
+}
+
+TEST(Options, RefusesADeviceWithoutANameOrFiles)
+{
+    for (const char* text : {"a.wav", "=a.wav", "b=", "b=a.wav,", "b=,a.wav", "b=a.wav,,c.wav"}) {
+        const Parsed parsed = parse({"--device", text, "a.wav"});
+
+        EXPECT_EQ(parsed.code(), ExitCode::usage);
+        EXPECT_THAT(parsed.err,
+                    HasSubstr("--device: NAME=FILE,..., not " + std::string(text) + "\n"));
+    }
+}
+
+TEST(Options, LeavesOutClocksWhenAsked)
+{
+    EXPECT_FALSE(parse({"a.wav"}).options().engine.ignoreClocks);
+    EXPECT_TRUE(parse({"--ignore-clocks", "a.wav"}).options().engine.ignoreClocks);
+}
+
 TEST(Options, TakesEveryWayToTellProgress)
 {
     EXPECT_EQ(parse({"a.wav"}).options().progress, std::nullopt);

@@ -88,6 +88,31 @@ TEST(Request, RefusesTwoStartsOfOneRecordingThatDiffer)
     EXPECT_EQ(refusalOf(options), "--fix: a.wav: given two starts that differ");
 }
 
+TEST(Request, SaysWhatRecordedAFile)
+{
+    Options options;
+    options.devices = {{"camera", {"a", "c.wav"}}, {"recorder", {"b.wav"}}};
+
+    const Request request = requestOf(options, three);
+
+    EXPECT_EQ(request.sources[0].device, "camera");
+    EXPECT_EQ(request.sources[1].device, "recorder");
+    EXPECT_EQ(request.sources[2].device, "camera");
+}
+
+TEST(Request, RefusesTwoDevicesOfOneRecording)
+{
+    Options options;
+    options.devices = {{"camera", {"a", "a.wav"}}, {"camera", {"a"}}};
+    EXPECT_EQ(refusalOf(options), "");
+
+    options.devices = {{"camera", {"a"}}, {"recorder", {"b", "a.wav"}}};
+    EXPECT_EQ(refusalOf(options), "--device: a.wav: given two devices");
+
+    options.devices = {{"camera", {"d.wav"}}};
+    EXPECT_EQ(refusalOf(options), "--device: d.wav: not one of the recordings, or more than one");
+}
+
 TEST(Request, RefusesToKeepARecordingApartFromItself)
 {
     Options options;
