@@ -1,6 +1,8 @@
 #include "vxl_sync/Result.h"
 
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "tell/Utf8.h"
@@ -21,6 +23,56 @@ void addText(Json& object, const std::string& key, const std::string& bytes)
     if (text.isEscaped) object[key + "IsEscaped"] = true;
 }
 
+// Null where nothing is known.
+void addKnown(Json& object, const std::string& key, const std::string& text)
+{
+    if (text.empty())
+        object[key] = nullptr;
+    else
+        addText(object, key, text);
+}
+
+void addKnown(Json& object, const char* key, const std::optional<double>& number)
+{
+    object[key] = number ? Json(*number) : Json();
+}
+
+Json frameRateJson(const std::optional<FrameRate>& rate)
+{
+    if (!rate) return nullptr;
+    Json object = Json::object();
+    object["numerator"] = rate->numerator;
+    object["denominator"] = rate->denominator;
+    return object;
+}
+
+Json channelJson(const SourceFacts& facts)
+{
+    if (facts.stream == 0) return nullptr;
+    return facts.channel == 0 ? Json("mix") : Json(facts.channel);
+}
+
+Json sourceJson(const SourceFacts& facts)
+{
+    Json object = Json::object();
+    addText(object, "name", facts.name);
+    addText(object, "path", facts.path);
+    addKnown(object, "device", facts.device);
+    object["deviceKnownBy"] = nameOf(facts.deviceKnownBy);
+    addKnown(object, "clockStartSeconds", facts.clockStartSeconds);
+    addKnown(object, "creationTime", facts.creationTime);
+    addKnown(object, "timecode", facts.timecode);
+    addKnown(object, "timeReferenceSeconds", facts.timeReferenceSeconds);
+    object["frameRate"] = frameRateJson(facts.frameRate);
+    addKnown(object, "pictureStartSeconds", facts.pictureStartSeconds);
+    addKnown(object, "fileSeconds", facts.fileSeconds);
+    object["stream"] = facts.stream == 0 ? Json() : Json(facts.stream);
+    object["channel"] = channelJson(facts);
+    object["durationSeconds"] = facts.durationSeconds;
+    object["notes"] = facts.notes;
+    return object;
+}
+
 Json jumpsJson(const std::vector<Jump>& jumps)
 {
     Json list = Json::array();
@@ -38,6 +90,10 @@ Json linkJson(const MeasuredLink& link, const std::vector<SourceFacts>& sources)
     Json object = Json::object();
     addText(object, "first", sources[link.first].name);
     addText(object, "second", sources[link.second].name);
+    object["firstSource"] = link.first;
+    object["secondSource"] = link.second;
+    addText(object, "firstPath", sources[link.first].path);
+    addText(object, "secondPath", sources[link.second].path);
     object["method"] = nameOf(link.method);
     object["offsetSeconds"] = link.offsetSeconds;
     object["offsetAtStartSeconds"] = link.offsetAtStartSeconds;
@@ -67,7 +123,9 @@ Json linksJson(const std::vector<MeasuredLink>& links, const std::vector<SourceF
 
 Json memberJson(const Member& member, const SourceFacts& facts)
 {
+    constexpr double millionth = 1e-6;
     Json object = Json::object();
+    object["source"] = member.source;
     addText(object, "name", facts.name);
     addText(object, "path", facts.path);
     object["offsetSeconds"] = member.offsetSeconds;
@@ -75,6 +133,8 @@ Json memberJson(const Member& member, const SourceFacts& facts)
     object["driftPpm"] = member.driftPpm;
     object["driftUncertaintyPpm"] = member.driftUncertaintyPpm;
     object["durationSeconds"] = facts.durationSeconds;
+    object["endSeconds"] =
+        member.offsetSeconds + facts.durationSeconds * (1.0 + member.driftPpm * millionth);
     object["notes"] = facts.notes;
     return object;
 }
@@ -86,6 +146,7 @@ Json groupJson(const Group& group, const std::vector<SourceFacts>& sources)
         members.push_back(memberJson(member, sources[member.source]));
     Json object = Json::object();
     addText(object, "reference", sources[group.reference].path);
+    object["referenceSource"] = group.reference;
     object["members"] = std::move(members);
     object["links"] = linksJson(group.links, sources);
     return object;
@@ -94,6 +155,7 @@ Json groupJson(const Group& group, const std::vector<SourceFacts>& sources)
 Json aloneJson(const LeftOut& alone, const SourceFacts& facts)
 {
     Json object = Json::object();
+    object["source"] = alone.source;
     addText(object, "name", facts.name);
     addText(object, "path", facts.path);
     object["durationSeconds"] = facts.durationSeconds;
@@ -104,6 +166,7 @@ Json aloneJson(const LeftOut& alone, const SourceFacts& facts)
 Json failedJson(const LeftOut& failed, const SourceFacts& facts)
 {
     Json object = Json::object();
+    object["source"] = failed.source;
     addText(object, "path", facts.path);
     object["reason"] = failed.reason;
     return object;
@@ -113,6 +176,9 @@ Json failedJson(const LeftOut& failed, const SourceFacts& facts)
 
 std::string toJson(const Result& result)
 {
+    Json sources = Json::array();
+    for (const SourceFacts& facts : result.sources)
+        sources.push_back(sourceJson(facts));
     Json groups = Json::array();
     for (const Group& group : result.groups)
         groups.push_back(groupJson(group, result.sources));
@@ -124,7 +190,8 @@ std::string toJson(const Result& result)
         failed.push_back(failedJson(leftOut, result.sources[leftOut.source]));
 
     Json document = Json::object();
-    document["version"] = 2;
+    document["version"] = 3;
+    document["sources"] = std::move(sources);
     document["groups"] = std::move(groups);
     document["alone"] = std::move(alone);
     document["refusedLinks"] = linksJson(result.refusedLinks, result.sources);

@@ -201,11 +201,16 @@ TEST_F(Videos, LoseOnlyTheTailThatIsBroken)
 TEST(Schema, FitsTheResult)
 {
     const wave::TempFolder folder;
+    const std::string film = folder / "MVI_0001.mov";
+    ASSERT_TRUE(make("-f lavfi -i color=size=16x16:rate=25:duration=5 -f lavfi -i "
+                     "anoisesrc=duration=5:seed=3 -c:v mpeg4 -timecode 10:00:00:00 "
+                     "-metadata creation_time=2026-06-01T10:00:37Z " +
+                     film));
     const std::string early = folder.write("early.wav", eventFile(0, 20));
     const std::string late = folder.write("late.wav", eventFile(4, 20));
     const std::string silent = folder.write("silent.wav", wave::file16(std::vector<int>(40000, 0)));
-    const program::Outcome run =
-        program::run({"--format", "json", early, late, silent, folder / "gone.wav"});
+    const program::Outcome run = program::run({"--format", "json", "--device", "camera=" + film,
+                                               early, late, silent, film, folder / "gone.wav"});
     const std::string result =
         folder.write("result.json", wave::Bytes(run.out.begin(), run.out.end()));
 
@@ -222,7 +227,7 @@ TEST(Schema, RefusesAnotherVersion)
 {
     const wave::TempFolder folder;
     const std::string text =
-        R"({"version": 1, "groups": [], "alone": [], "refusedLinks": [], "failed": []})";
+        R"({"version": 2, "sources": [], "groups": [], "alone": [], "refusedLinks": [], "failed": []})";
     const std::string result = folder.write("result.json", wave::Bytes(text.begin(), text.end()));
 
     const std::string command = std::string(VXL_SYNC_PYTHON) +

@@ -91,14 +91,79 @@ TEST(Json, TellsMembersWithTheFactsOfTheirSources)
 {
     const json member = json::parse(toJson(everything())).at("groups").at(0).at("members").at(1);
 
-    EXPECT_EQ(member, json({{"name", "b"},
+    EXPECT_EQ(member, json({{"source", 1},
+                            {"name", "b"},
                             {"path", "a, \"b\".mp3"},
                             {"offsetSeconds", 1.25},
                             {"offsetUncertaintySeconds", 0.0625},
                             {"driftPpm", -20.5},
                             {"driftUncertaintyPpm", 0.25},
                             {"durationSeconds", 20.0},
+                            {"endSeconds", 1.25 + 20.0 * (1.0 - 20.5 * 1e-6)},
                             {"notes", {"ends early"}}}));
+}
+
+TEST(Json, TellsWhatIsKnownOfASource)
+{
+    Result result = everything();
+    SourceFacts& facts = result.sources[1];
+    facts.device = "camera a";
+    facts.deviceKnownBy = vxlsync::DeviceEvidence::originator;
+    facts.clockStartSeconds = 36037.5;
+    facts.creationTime = "2026-06-01T10:00:37";
+    facts.timecode = "10:00:37:12";
+    facts.timeReferenceSeconds = 36037.25;
+    facts.frameRate = vxlsync::FrameRate{30000, 1001};
+    facts.pictureStartSeconds = 0.125;
+    facts.fileSeconds = 20.5;
+    facts.stream = 2;
+    facts.channel = 1;
+
+    EXPECT_EQ(json::parse(toJson(result)).at("sources").at(1),
+              json({{"name", "b"},
+                    {"path", "a, \"b\".mp3"},
+                    {"device", "camera a"},
+                    {"deviceKnownBy", "originator"},
+                    {"clockStartSeconds", 36037.5},
+                    {"creationTime", "2026-06-01T10:00:37"},
+                    {"timecode", "10:00:37:12"},
+                    {"timeReferenceSeconds", 36037.25},
+                    {"frameRate", {{"numerator", 30000}, {"denominator", 1001}}},
+                    {"pictureStartSeconds", 0.125},
+                    {"fileSeconds", 20.5},
+                    {"stream", 2},
+                    {"channel", 1},
+                    {"durationSeconds", 20.0},
+                    {"notes", {"ends early"}}}));
+}
+
+TEST(Json, TellsWhatIsNotKnownAsNull)
+{
+    const json source = json::parse(toJson(everything())).at("sources").at(0);
+
+    for (const char* key :
+         {"device", "clockStartSeconds", "creationTime", "timecode", "timeReferenceSeconds",
+          "frameRate", "pictureStartSeconds", "fileSeconds", "stream", "channel"})
+        EXPECT_TRUE(source.at(key).is_null()) << key;
+    EXPECT_EQ(source.at("deviceKnownBy"), "none");
+}
+
+TEST(Json, TellsTheMeanOfAllChannels)
+{
+    Result result = everything();
+    result.sources[0].stream = 1;
+
+    EXPECT_EQ(json::parse(toJson(result)).at("sources").at(0).at("channel"), "mix");
+}
+
+TEST(Json, EscapesDevicesThatAreNotUtf8AndSaysSo)
+{
+    Result result = everything();
+    result.sources[0].device = "\xFF";
+
+    const json source = json::parse(toJson(result)).at("sources").at(0);
+    EXPECT_EQ(source.at("device"), "\\xff");
+    EXPECT_EQ(source.at("deviceIsEscaped"), true);
 }
 
 TEST(Json, TellsLinksByTheNamesOfTheirSources)
@@ -107,6 +172,10 @@ TEST(Json, TellsLinksByTheNamesOfTheirSources)
 
     EXPECT_EQ(link, json({{"first", "first"},
                           {"second", "b"},
+                          {"firstSource", 0},
+                          {"secondSource", 1},
+                          {"firstPath", "dir/first.wav"},
+                          {"secondPath", "a, \"b\".mp3"},
                           {"method", "landmarks"},
                           {"offsetSeconds", 1.25},
                           {"offsetAtStartSeconds", 1.5},
@@ -129,15 +198,17 @@ TEST(Json, TellsTheRestBySource)
 {
     const json result = json::parse(toJson(everything()));
 
-    EXPECT_EQ(result.at("version"), 2);
+    EXPECT_EQ(result.at("version"), 3);
     EXPECT_EQ(result.at("groups").at(0).at("reference"), "a, \"b\".mp3");
-    EXPECT_EQ(result.at("alone").at(0), json({{"name", "alone"},
+    EXPECT_EQ(result.at("groups").at(0).at("referenceSource"), 1);
+    EXPECT_EQ(result.at("alone").at(0), json({{"source", 2},
+                                              {"name", "alone"},
                                               {"path", "alone.ogg"},
                                               {"durationSeconds", 20.0},
                                               {"reason", "silent"}}));
     EXPECT_EQ(result.at("refusedLinks").at(0).at("second"), "alone");
     EXPECT_EQ(result.at("failed").at(0),
-              json({{"path", "gone.wav"}, {"reason", "does not exist"}}));
+              json({{"source", 3}, {"path", "gone.wav"}, {"reason", "does not exist"}}));
 }
 
 TEST(Json, KeepsItsFieldsInOrder)
@@ -145,10 +216,12 @@ TEST(Json, KeepsItsFieldsInOrder)
     const auto result = nlohmann::ordered_json::parse(toJson(everything()));
 
     EXPECT_THAT(keysOf(result),
-                ElementsAre("version", "groups", "alone", "refusedLinks", "failed"));
-    EXPECT_THAT(keysOf(result.at("groups").at(0)), ElementsAre("reference", "members", "links"));
+                ElementsAre("version", "sources", "groups", "alone", "refusedLinks", "failed"));
+    EXPECT_THAT(keysOf(result.at("groups").at(0)),
+                ElementsAre("reference", "referenceSource", "members", "links"));
     EXPECT_THAT(keysOf(result.at("refusedLinks").at(0)),
-                ElementsAre("first", "second", "method", "offsetSeconds", "offsetAtStartSeconds",
+                ElementsAre("first", "second", "firstSource", "secondSource", "firstPath",
+                            "secondPath", "method", "offsetSeconds", "offsetAtStartSeconds",
                             "offsetAtEndSeconds", "uncertaintySeconds", "driftPpm",
                             "driftUncertaintyPpm", "overlapSeconds", "peakRatio", "coherence",
                             "agreement", "secondBest", "inverted", "jumps", "verdict", "reason"));
@@ -157,7 +230,8 @@ TEST(Json, KeepsItsFieldsInOrder)
 TEST(Json, IsOneObjectThatEndsInANewline)
 {
     EXPECT_EQ(toJson(Result()), "{\n"
-                                "  \"version\": 2,\n"
+                                "  \"version\": 3,\n"
+                                "  \"sources\": [],\n"
                                 "  \"groups\": [],\n"
                                 "  \"alone\": [],\n"
                                 "  \"refusedLinks\": [],\n"
@@ -176,6 +250,9 @@ TEST(Json, EscapesPathsThatAreNotUtf8AndSaysSo)
     const json& group = told.at("groups").at(0);
     EXPECT_EQ(group.at("reference"), "od\\\\d\\xff");
     EXPECT_EQ(group.at("referenceIsEscaped"), true);
+    EXPECT_EQ(group.at("links").at(0).at("firstPath"), "od\\\\d\\xff");
+    EXPECT_EQ(group.at("links").at(0).at("firstPathIsEscaped"), true);
+    EXPECT_EQ(group.at("links").at(0).at("secondPathIsEscaped"), true);
     for (const json& object :
          {group.at("members").at(0), told.at("alone").at(0), told.at("failed").at(0)}) {
         EXPECT_EQ(object.at("path"), "od\\\\d\\xff");
