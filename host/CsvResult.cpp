@@ -34,23 +34,24 @@ std::string fieldOf(const std::string& text)
 void writeCsv(const Result& result, std::ostream& out)
 {
     out << "group,name,path,offset_seconds,offset_uncertainty_seconds,drift_ppm,"
-           "drift_uncertainty_ppm,duration_seconds,reason\n";
+           "drift_uncertainty_ppm,duration_seconds,reason,device\n";
     for (std::size_t i = 0; i < result.groups.size(); ++i) {
         for (const Member& member : result.groups[i].members) {
             const SourceFacts& source = result.sources[member.source];
-            out << fmt::format("{},{},{},{:.6f},{:.6f},{:.3f},{:.3f},{:.3f},\n", i + 1,
+            out << fmt::format("{},{},{},{:.6f},{:.6f},{:.3f},{:.3f},{:.3f},,{}\n", i + 1,
                                fieldOf(source.name), fieldOf(source.path), member.offsetSeconds,
                                member.offsetUncertaintySeconds, member.driftPpm,
-                               member.driftUncertaintyPpm, source.durationSeconds);
+                               member.driftUncertaintyPpm, source.durationSeconds,
+                               fieldOf(source.device));
         }
     }
     for (const LeftOut& alone : result.alone) {
         const SourceFacts& source = result.sources[alone.source];
-        out << fmt::format(",{},{},,,,,{:.3f},{}\n", fieldOf(source.name), fieldOf(source.path),
-                           source.durationSeconds, fieldOf(alone.reason));
+        out << fmt::format(",{},{},,,,,{:.3f},{},{}\n", fieldOf(source.name), fieldOf(source.path),
+                           source.durationSeconds, fieldOf(alone.reason), fieldOf(source.device));
     }
     for (const LeftOut& failed : result.failed) {
-        out << fmt::format(",,{},,,,,,{}\n", fieldOf(result.sources[failed.source].path),
+        out << fmt::format(",,{},,,,,,{},\n", fieldOf(result.sources[failed.source].path),
                            fieldOf(failed.reason));
     }
 }

@@ -36,6 +36,13 @@ std::size_t nameWidthOf(const Entries& entries, const Result& result)
     return width;
 }
 
+// Behind its path, where it says more than the path does: a series of names is seen in it.
+std::string shownDevice(const SourceFacts& source)
+{
+    if (source.device.empty() || source.deviceKnownBy == DeviceEvidence::names) return "";
+    return "  (" + printable(source.device) + ")";
+}
+
 void writeGroup(const Group& group, const Result& result, std::ostream& out)
 {
     const std::size_t width = nameWidthOf(group.members, result);
@@ -47,7 +54,8 @@ void writeGroup(const Group& group, const Result& result, std::ostream& out)
             out << "       reference";
         else
             out << fmt::format("  {:+10.2f} ppm", member.driftPpm);
-        out << "  " << padded(source.name, width) << "  " << printable(source.path) << '\n';
+        out << "  " << padded(source.name, width) << "  " << printable(source.path)
+            << shownDevice(source) << '\n';
         for (const std::string& note : source.notes)
             out << "                    " << printable(note) << '\n';
     }
@@ -59,8 +67,8 @@ void writeAlone(const Result& result, std::ostream& out)
     const std::size_t width = nameWidthOf(result.alone, result);
     for (const LeftOut& alone : result.alone) {
         const SourceFacts& source = result.sources[alone.source];
-        out << "  " << padded(source.name, width) << "  " << printable(source.path) << ": "
-            << printable(alone.reason) << '\n';
+        out << "  " << padded(source.name, width) << "  " << printable(source.path)
+            << shownDevice(source) << ": " << printable(alone.reason) << '\n';
         for (const std::string& note : source.notes)
             out << "      " << printable(note) << '\n';
     }

@@ -35,6 +35,23 @@ TEST(TextResult, TellsPeopleEverythingOnALineOfItsOwn)
               "  gone.wav: could not be read: does not exist\n");
 }
 
+TEST(TextResult, TellsTheDeviceWhereItIsNotInTheName)
+{
+    Result result = results::everything();
+    result.sources[0].device = "camera\x1b a";
+    result.sources[0].deviceKnownBy = vxlsync::DeviceEvidence::originator;
+    result.sources[1].device = "MVI_";
+    result.sources[1].deviceKnownBy = vxlsync::DeviceEvidence::names;
+    result.sources[2].device = "recorder";
+    result.sources[2].deviceKnownBy = vxlsync::DeviceEvidence::stated;
+
+    const std::string text = textOf(result);
+
+    EXPECT_THAT(text, HasSubstr("first  dir/first.wav  (camera\\x1b a)\n"));
+    EXPECT_THAT(text, HasSubstr("b      a, \"b\".mp3\n"));
+    EXPECT_THAT(text, HasSubstr("  alone  alone.ogg  (recorder): silent\n"));
+}
+
 TEST(TextResult, SaysThatNothingMatched)
 {
     EXPECT_EQ(textOf(Result()), "Nothing matched.\n");
