@@ -75,32 +75,48 @@ void chain(const DeviceTakes& takes, TakeStarts& starts)
     }
 }
 
+using Counts = std::vector<std::optional<DayTime>>;
+
+// What each take begins with, by the meaning.
+Counts countsOf(const DeviceTakes& takes, CountMeaning meaning)
+{
+    Counts counts;
+    for (const Take* take : takes) {
+        counts.push_back(take->facts.started);
+        if (!counts.back() || meaning == CountMeaning::elapsed) continue;
+        const DayTime day;
+        counts.back()->seconds *= day.daySeconds / counts.back()->daySeconds;
+        counts.back()->daySeconds = day.daySeconds;
+    }
+    return counts;
+}
+
 // Lays the counts on the axis of the dates, each in the day that its own date says. The first take
 // with both says how the two axes lie to each other.
-TakeStarts countedByDates(const DeviceTakes& takes, const Take& both)
+TakeStarts countedByDates(const DeviceTakes& takes, const Counts& counts, std::size_t both)
 {
-    const double firstDate = *creationOf(both);
-    const double shift = firstDate - both.facts.started->seconds;
+    const double firstDate = *creationOf(*takes[both]);
+    const double shift = firstDate - counts[both]->seconds;
     TakeStarts starts(takes.size());
     for (std::size_t i = 0; i < takes.size(); ++i) {
-        const std::optional<DayTime>& counted = takes[i]->facts.started;
-        if (!counted) continue;
+        if (!counts[i]) continue;
         const double date = creationOf(*takes[i]).value_or(firstDate);
-        const double start = counted->seconds + shift;
-        starts[i] = start + std::round((date - start) / counted->daySeconds) * counted->daySeconds;
+        const double start = counts[i]->seconds + shift;
+        const double day = counts[i]->daySeconds;
+        starts[i] = start + std::round((date - start) / day) * day;
     }
     return starts;
 }
 
 // The day is taken to begin behind its longest stretch without a take.
-TakeStarts countedWithinADay(const DeviceTakes& takes)
+TakeStarts countedWithinADay(const Counts& counts)
 {
     std::vector<double> seconds;
     double day = 0.0;
-    for (const Take* take : takes) {
-        if (!take->facts.started) continue;
-        seconds.push_back(take->facts.started->seconds);
-        day = std::max(day, take->facts.started->daySeconds);
+    for (const std::optional<DayTime>& count : counts) {
+        if (!count) continue;
+        seconds.push_back(count->seconds);
+        day = std::max(day, count->daySeconds);
     }
     std::sort(seconds.begin(), seconds.end());
     double first = seconds.front();
@@ -110,11 +126,10 @@ TakeStarts countedWithinADay(const DeviceTakes& takes)
         rest = seconds[i] - seconds[i - 1];
         first = seconds[i];
     }
-    TakeStarts starts(takes.size());
+    TakeStarts starts(counts.size());
     if (rest < leastRestSeconds) return starts;
-    for (std::size_t i = 0; i < takes.size(); ++i) {
-        const std::optional<DayTime>& counted = takes[i]->facts.started;
-        if (counted) starts[i] = counted->seconds + (counted->seconds < first ? day : 0.0);
+    for (std::size_t i = 0; i < counts.size(); ++i) {
+        if (counts[i]) starts[i] = counts[i]->seconds + (counts[i]->seconds < first ? day : 0.0);
     }
     return starts;
 }
@@ -132,20 +147,23 @@ TakeStarts createdStarts(const DeviceTakes& takes, CreationMeaning meaning)
     return starts;
 }
 
-TakeStarts countedStarts(const DeviceTakes& takes)
+TakeStarts countedStarts(const DeviceTakes& takes, CountMeaning meaning)
 {
-    DeviceTakes counted;
-    std::copy_if(takes.begin(), takes.end(), std::back_inserter(counted),
-                 [](const Take* take) { return take->facts.started.has_value(); });
-    const auto beginsAlike = [&](const Take* take) {
-        return take->facts.started->seconds == counted.front()->facts.started->seconds;
+    const Counts counts = countsOf(takes, meaning);
+    std::vector<std::size_t> counted;
+    for (std::size_t i = 0; i < takes.size(); ++i) {
+        if (counts[i]) counted.push_back(i);
+    }
+    const auto beginsAlike = [&](std::size_t index) {
+        return counts[index]->seconds == counts[counted.front()]->seconds;
     };
     if (counted.empty() ||
         (counted.size() > 1 && std::all_of(counted.begin(), counted.end(), beginsAlike)))
         return TakeStarts(takes.size());
-    const auto both = std::find_if(counted.begin(), counted.end(),
-                                   [](const Take* take) { return creationOf(*take).has_value(); });
-    return both != counted.end() ? countedByDates(takes, **both) : countedWithinADay(takes);
+    const auto both = std::find_if(counted.begin(), counted.end(), [&](std::size_t index) {
+        return creationOf(*takes[index]).has_value();
+    });
+    return both != counted.end() ? countedByDates(takes, counts, *both) : countedWithinADay(counts);
 }
 
 bool overlap(const DeviceTakes& takes, const TakeStarts& starts)

@@ -19,6 +19,9 @@ using DeviceTakes = std::vector<const Take*>;
 using TakeStarts = std::vector<std::optional<double>>;
 
 enum class CreationMeaning { start, end };
+// A timecode may count the time that goes by, or be set by the clock on the wall at each take. The
+// two are not the same where it has fewer frames a second than its numbers say.
+enum class CountMeaning { elapsed, clock };
 
 // By the times of creation. Chapters of one take that all have the time of the first follow each
 // other.
@@ -27,7 +30,7 @@ TakeStarts createdStarts(const DeviceTakes& takes, CreationMeaning meaning);
 // By timecode or time reference: on the axis of the times of creation taken as starts, or, where no
 // take has one, as they stand in the files. Nothing where all takes begin with the same count, and
 // where they lie so over the day that no one can tell which came first.
-TakeStarts countedStarts(const DeviceTakes& takes);
+TakeStarts countedStarts(const DeviceTakes& takes, CountMeaning meaning);
 
 // True if two takes ran at the same time for longer than the clocks may err.
 bool overlap(const DeviceTakes& takes, const TakeStarts& starts);

@@ -57,19 +57,25 @@ Difference differenceOf(const TakeStarts& first, const TakeStarts& second)
     return result;
 }
 
+// Leaves those that say something and by which no take runs into another.
+void removeImpossible(const DeviceTakes& takes, std::vector<TakeStarts>& possible)
+{
+    const auto isImpossible = [&](const TakeStarts& starts) {
+        return !saysAnything(starts) || overlap(takes, starts);
+    };
+    possible.erase(std::remove_if(possible.begin(), possible.end(), isImpossible), possible.end());
+}
+
 // Of the two meanings of the times of creation those by which no take runs into another, the more
 // usual first: devices mean the start unless they are known for the end.
-std::vector<TakeStarts> possibleStarts(const DeviceTakes& takes)
+std::vector<TakeStarts> possibleDates(const DeviceTakes& takes)
 {
     const bool isEnd = std::any_of(takes.begin(), takes.end(),
                                    [](const Take* take) { return take->facts.isCreatedAtEnd; });
     std::vector<TakeStarts> possible{createdStarts(takes, CreationMeaning::start),
                                      createdStarts(takes, CreationMeaning::end)};
     if (isEnd) std::swap(possible.front(), possible.back());
-    const auto isImpossible = [&](const TakeStarts& starts) {
-        return !saysAnything(starts) || overlap(takes, starts);
-    };
-    possible.erase(std::remove_if(possible.begin(), possible.end(), isImpossible), possible.end());
+    removeImpossible(takes, possible);
     return possible;
 }
 
@@ -84,22 +90,39 @@ TakeStarts joined(const TakeStarts& counted, const TakeStarts& dated, const Diff
     return starts;
 }
 
-// A count is to the frame, but in many cameras it stands still between takes: then less time goes
-// by on it than on the clock. Requires a count by which no take runs into another.
-TakeStarts chooseBetween(const TakeStarts& counted, const std::vector<TakeStarts>& possible)
+// The same of what they count, the usual first.
+std::vector<TakeStarts> possibleCounts(const DeviceTakes& takes)
 {
-    std::vector<Difference> differences;
-    for (const TakeStarts& dated : possible)
-        differences.push_back(differenceOf(counted, dated));
-    const auto closest = std::min_element(differences.begin(), differences.end(),
-                                          [](const Difference& left, const Difference& right) {
-                                              return left.spread() < right.spread();
-                                          });
-    if (!closest->isKnown) return possible.front();
-    if (closest->spread() <= agreementSeconds)
-        return joined(counted, possible[static_cast<std::size_t>(closest - differences.begin())],
-                      *closest);
-    return closest->firstSpan < closest->secondSpan ? possible.front() : counted;
+    std::vector<TakeStarts> possible{countedStarts(takes, CountMeaning::elapsed),
+                                     countedStarts(takes, CountMeaning::clock)};
+    removeImpossible(takes, possible);
+    return possible;
+}
+
+// A count is to the frame, but in many cameras it stands still between takes: then less time goes
+// by on it than on the clock. Requires one possibility of either at the least.
+TakeStarts chooseBetween(const std::vector<TakeStarts>& counts,
+                         const std::vector<TakeStarts>& dates)
+{
+    struct Match {
+        const TakeStarts& counted;
+        const TakeStarts& dated;
+        Difference difference;
+    };
+    std::vector<Match> matches;
+    for (const TakeStarts& counted : counts) {
+        for (const TakeStarts& dated : dates)
+            matches.push_back({counted, dated, differenceOf(counted, dated)});
+    }
+    const Match& closest = *std::min_element(
+        matches.begin(), matches.end(), [](const Match& left, const Match& right) {
+            return left.difference.spread() < right.difference.spread();
+        });
+    const Difference& difference = closest.difference;
+    if (!difference.isKnown) return dates.front();
+    if (difference.spread() <= agreementSeconds)
+        return joined(closest.counted, closest.dated, difference);
+    return difference.firstSpan < difference.secondSpan ? dates.front() : counts.front();
 }
 
 } // namespace
@@ -109,16 +132,18 @@ ClockReadings readClocks(const Takes& takes, const std::vector<std::size_t>& mem
     DeviceTakes device;
     for (const std::size_t member : members)
         device.push_back(&takes[member]);
-    const std::vector<TakeStarts> possible = possibleStarts(device);
-    const TakeStarts counted = countedStarts(device);
-    const bool isCounted = saysAnything(counted) && !overlap(device, counted);
-    const bool isDated = saysAnything(createdStarts(device, CreationMeaning::start));
+    const std::vector<TakeStarts> dates = possibleDates(device);
+    const std::vector<TakeStarts> counts = possibleCounts(device);
+    if (!dates.empty())
+        return {counts.empty() ? dates.front() : chooseBetween(counts, dates), false};
 
-    if (isCounted && !possible.empty()) return {chooseBetween(counted, possible), false};
-    if (!possible.empty()) return {possible.front(), false};
+    const bool isDated = saysAnything(createdStarts(device, CreationMeaning::start));
+    if (counts.empty())
+        return {TakeStarts(device.size()),
+                isDated || saysAnything(countedStarts(device, CountMeaning::elapsed))};
     // Without dates, no one can tell chapters from a count that stands still.
-    if (isCounted && (isDated || !isWithoutPauses(device, counted))) return {counted, false};
-    return {TakeStarts(device.size()), !isCounted && (isDated || saysAnything(counted))};
+    const bool isUnclear = !isDated && isWithoutPauses(device, counts.front());
+    return {isUnclear ? TakeStarts(device.size()) : counts.front(), false};
 }
 
 } // namespace vxlsync

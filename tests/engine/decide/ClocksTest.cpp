@@ -151,6 +151,20 @@ TEST(Clocks, ACountPassesMidnight)
     EXPECT_THAT(startsOf({counted(90, 20), counted(300, 20)}), ElementsAre(0.0, 210.0));
 }
 
+TEST(Clocks, ACountMayBeSetByTheClockAtEachTake)
+{
+    // 30 numbers for 29.97 frames a second: the day of its numbers lasts 86,486.4 s. Two hours
+    // after the first take its numbers are two hours higher, which makes 7,207.2 s of frames.
+    Takes takes{both(0, 36036, 30), both(2 * hour, 43243.2, 30)};
+    for (vxlsync::Take& take : takes)
+        take.facts.started->daySeconds = 86486.4;
+    EXPECT_THAT(startsOf(takes), ElementsAre(0.0, testing::DoubleNear(2 * hour, 1e-6)));
+
+    // Or it runs on, and the clock is 7.2 s behind its numbers.
+    takes[1].facts.created->seconds = ten + 7207;
+    EXPECT_THAT(startsOf(takes), ElementsAre(0.0, testing::DoubleNear(7207.2, 1e-6)));
+}
+
 TEST(Clocks, ACountOfSeveralDaysGoesByTheDates)
 {
     EXPECT_THAT(startsOf({both(0, 36000, 20), both(48 * hour, 36000.5, 20)}),
