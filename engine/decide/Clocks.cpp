@@ -72,8 +72,9 @@ std::vector<TakeStarts> possibleDates(const DeviceTakes& takes)
 {
     const bool isEnd = std::any_of(takes.begin(), takes.end(),
                                    [](const Take* take) { return take->facts.isCreatedAtEnd; });
-    std::vector<TakeStarts> possible{createdStarts(takes, CreationMeaning::start),
-                                     createdStarts(takes, CreationMeaning::end)};
+    std::vector<TakeStarts> possible;
+    for (const CreationMeaning meaning : {CreationMeaning::start, CreationMeaning::end})
+        possible.push_back(createdStarts(takes, meaning));
     if (isEnd) std::swap(possible.front(), possible.back());
     removeImpossible(takes, possible);
     return possible;
@@ -93,8 +94,9 @@ TakeStarts joined(const TakeStarts& counted, const TakeStarts& dated, const Diff
 // The same of what they count, the usual first.
 std::vector<TakeStarts> possibleCounts(const DeviceTakes& takes)
 {
-    std::vector<TakeStarts> possible{countedStarts(takes, CountMeaning::elapsed),
-                                     countedStarts(takes, CountMeaning::clock)};
+    std::vector<TakeStarts> possible;
+    for (const CountMeaning meaning : {CountMeaning::elapsed, CountMeaning::clock})
+        possible.push_back(countedStarts(takes, meaning));
     removeImpossible(takes, possible);
     return possible;
 }
@@ -134,16 +136,19 @@ ClockReadings readClocks(const Takes& takes, const std::vector<std::size_t>& mem
         device.push_back(&takes[member]);
     const std::vector<TakeStarts> dates = possibleDates(device);
     const std::vector<TakeStarts> counts = possibleCounts(device);
-    if (!dates.empty())
-        return {counts.empty() ? dates.front() : chooseBetween(counts, dates), false};
-
+    ClockReadings readings;
+    if (!dates.empty()) {
+        readings.starts = counts.empty() ? dates.front() : chooseBetween(counts, dates);
+        return readings;
+    }
+    readings.starts.resize(device.size());
     const bool isDated = saysAnything(createdStarts(device, CreationMeaning::start));
-    if (counts.empty())
-        return {TakeStarts(device.size()),
-                isDated || saysAnything(countedStarts(device, CountMeaning::elapsed))};
+    const bool isCounted = saysAnything(countedStarts(device, CountMeaning::elapsed));
+    readings.isContradictory = counts.empty() && (isDated || isCounted);
+    if (counts.empty()) return readings;
     // Without dates, no one can tell chapters from a count that stands still.
-    const bool isUnclear = !isDated && isWithoutPauses(device, counts.front());
-    return {isUnclear ? TakeStarts(device.size()) : counts.front(), false};
+    if (isDated || !isWithoutPauses(device, counts.front())) readings.starts = counts.front();
+    return readings;
 }
 
 } // namespace vxlsync

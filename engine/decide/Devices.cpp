@@ -37,7 +37,8 @@ using Key = std::tuple<DeviceEvidence, std::string, std::string>;
 std::string modelName(const FileFacts& facts)
 {
     if (facts.make.empty() || facts.model.rfind(facts.make, 0) == 0) return facts.model;
-    return facts.model.empty() ? facts.make : facts.make + ' ' + facts.model;
+    if (facts.model.empty()) return facts.make;
+    return facts.make + ' ' + facts.model;
 }
 
 Key keyOf(const Take& take)
@@ -56,8 +57,10 @@ Key keyOf(const Take& take)
 
 std::string seriesText(const SeriesName& name)
 {
-    const std::string series = name.prefix.empty() ? "*" + name.ending : name.prefix;
-    return name.folder.empty() ? series : name.folder + '/' + series;
+    std::string text = name.folder;
+    if (!text.empty()) text += '/';
+    if (name.prefix.empty()) return text + '*' + name.ending;
+    return text + name.prefix;
 }
 
 // The takes whose names count on, by series and without leaps. What writes them must be the same,
@@ -84,11 +87,15 @@ std::vector<Device> seriesOf(const Takes& takes, const Members& members)
         return std::make_tuple(keyOfSeries(left), left.name.number, left.name.chapter) <
                std::make_tuple(keyOfSeries(right), right.name.number, right.name.chapter);
     });
+    const auto goesOn = [&](std::size_t i) {
+        const auto before = keyOfSeries(named[i - 1]);
+        const auto here = keyOfSeries(named[i]);
+        return before == here && named[i].name.number - named[i - 1].name.number <= longestLeap;
+    };
     std::vector<Device> series;
     for (std::size_t i = 0; i < named.size(); ++i) {
-        const bool goesOn = i > 0 && keyOfSeries(named[i - 1]) == keyOfSeries(named[i]) &&
-                            named[i].name.number - named[i - 1].name.number <= longestLeap;
-        if (!goesOn) series.push_back({DeviceEvidence::names, seriesText(named[i].name), "", {}});
+        if (i == 0 || !goesOn(i))
+            series.push_back({DeviceEvidence::names, seriesText(named[i].name), "", {}});
         series.back().members.push_back(named[i].take);
     }
     for (Device& device : series)
@@ -101,22 +108,25 @@ std::vector<Device> seriesOf(const Takes& takes, const Members& members)
 std::vector<Device> devicesOf(const Takes& takes, const Key& key, const Members& members)
 {
     const auto& [knownBy, name, mark] = key;
+    const bool isByNames = knownBy == DeviceEvidence::names;
+    // Whatever its clocks say.
+    const bool isCertain =
+        knownBy == DeviceEvidence::stated || knownBy == DeviceEvidence::serialNumber;
+    const bool isContradictory = readClocks(takes, members).isContradictory;
     std::vector<Device> devices;
-    if (knownBy == DeviceEvidence::names) {
-        devices = seriesOf(takes, members);
-    } else if (knownBy <= DeviceEvidence::serialNumber ||
-               !readClocks(takes, members).isContradictory) {
-        return {{knownBy, name, mark, members}};
-    } else {
-        devices = seriesOf(takes, members);
-        for (Device& device : devices)
-            device = {knownBy, name, device.name, device.members};
+    if (isCertain || (!isByNames && !isContradictory)) {
+        devices.push_back({knownBy, name, mark, members});
+        return devices;
     }
+    devices = seriesOf(takes, members);
     const auto isNone = [&](const Device& device) {
-        return (device.knownBy == DeviceEvidence::names && device.members.size() < 2) ||
-               readClocks(takes, device.members).isContradictory;
+        const bool isContradicted = readClocks(takes, device.members).isContradictory;
+        return isContradicted || (isByNames && device.members.size() < 2);
     };
     devices.erase(std::remove_if(devices.begin(), devices.end(), isNone), devices.end());
+    if (isByNames) return devices;
+    for (Device& device : devices)
+        device = {knownBy, name, device.name, device.members};
     return devices;
 }
 
@@ -141,9 +151,8 @@ void makeNamesDistinct(std::vector<Device>& devices)
         ++times[device.name];
     std::set<std::string> taken;
     for (Device& device : devices) {
-        const bool isShared = times[device.name] > 1 && !device.mark.empty();
-        const std::string name = isShared ? device.name + " (" + device.mark + ")" : device.name;
-        device.name = name;
+        if (times[device.name] > 1 && !device.mark.empty()) device.name += " (" + device.mark + ")";
+        const std::string name = device.name;
         for (int number = 2; !taken.insert(device.name).second; ++number)
             device.name = name + ' ' + std::to_string(number);
     }

@@ -36,6 +36,7 @@ TEST(DateTime, ATimeWithAZoneIsTurnedIntoUniversalTime)
 TEST(DateTime, AFractionOfTheSecondCounts)
 {
     EXPECT_EQ(secondsOf("2026-06-01T10:00:37.250000Z"), firstOfJune2026 + 36037.25);
+    EXPECT_EQ(secondsOf("2026-06-01T10:00:37.25+00:00"), firstOfJune2026 + 36037.25);
 }
 
 TEST(DateTime, AnySignStandsBetweenTheNumbers)
