@@ -19,7 +19,8 @@ std::string textOf(const AVDictionary* tags, Keys keys)
 {
     for (const char* key : keys) {
         const AVDictionaryEntry* entry = av_dict_get(tags, key, nullptr, 0);
-        const std::string text = entry != nullptr ? factText(entry->value) : "";
+        if (entry == nullptr) continue;
+        std::string text = factText(entry->value);
         if (!text.empty()) return text;
     }
     return "";

@@ -9,6 +9,7 @@
 
 #include <gmock/gmock.h>
 
+#include "Broadcast.h"
 #include "Signals.h"
 #include "Wave.h"
 
@@ -60,6 +61,43 @@ std::vector<double> offsetsOf(const vxlsync::Group& group)
     for (const vxlsync::Member& member : group.members)
         offsets.push_back(member.offsetSeconds);
     return offsets;
+}
+
+// What a camera recorded of an event from `start` seconds on, as its file tells it.
+Source filmed(const wave::TempFolder& folder, double start)
+{
+    std::vector<int> samples;
+    for (const float sample : heard("", 1, start).samples)
+        samples.push_back(static_cast<int>(20000.0f * sample));
+    const auto second = static_cast<std::uint32_t>(start);
+    const std::string time = "10:00:" + std::to_string(10 + second);
+    Source source;
+    source.path = folder.write(
+        "rec" + std::to_string(second) + ".wav",
+        broadcast::file(broadcast::chunk("2026-06-01", time, 36010 + second), samples));
+    return source;
+}
+
+TEST(Sync, TellsWhatFilesSayOfTheirDevice)
+{
+    const wave::TempFolder folder;
+    Options options;
+    options.landmarksOnly = true;
+    const std::vector<Source> sources{filmed(folder, 30.0), filmed(folder, 5.0)};
+
+    const std::vector<vxlsync::SourceFacts> told = synchronise(sources, options).sources;
+
+    EXPECT_EQ(told[0].device, "camera a");
+    EXPECT_EQ(told[0].deviceKnownBy, vxlsync::DeviceEvidence::originator);
+    EXPECT_EQ(told[1].creationTime, "2026-06-01T10:00:15");
+    EXPECT_EQ(told[1].timeReferenceSeconds, 36015.0);
+    EXPECT_EQ(told[0].clockStartSeconds.value() - told[1].clockStartSeconds.value(), 25.0);
+
+    options.ignoreClocks = true;
+    const std::vector<vxlsync::SourceFacts> without = synchronise(sources, options).sources;
+
+    EXPECT_EQ(without[0].device, "camera a");
+    EXPECT_FALSE(without[0].clockStartSeconds);
 }
 
 TEST(Sync, LinesUpSamplesOfAHost)

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Broadcast.h"
 #include "Reading.h"
 #include "Wave.h"
 #include "read/WaveFacts.h"
@@ -13,29 +14,6 @@ namespace
 using vxlsync::FileFacts;
 using wave::Bytes;
 
-constexpr std::uint32_t rate = 8000;
-
-// A text and zeros up to the width.
-Bytes field(const std::string& text, std::size_t width)
-{
-    Bytes bytes(text.begin(), text.end());
-    bytes.resize(width);
-    return bytes;
-}
-
-// A chunk of broadcasters from a recorder called "camera a".
-Bytes broadcast(const std::string& date, const std::string& time, std::uint32_t seconds)
-{
-    Bytes content = field("a remark", 256);
-    wave::append(content, field("camera a", 32));
-    wave::append(content, field("reference 7", 32));
-    wave::append(content, field(date, 10));
-    wave::append(content, field(time, 8));
-    wave::append32(content, seconds * rate);
-    wave::append32(content, 0);
-    return wave::chunk("bext", content);
-}
-
 Bytes remarks(const Bytes& entries)
 {
     Bytes content;
@@ -46,7 +24,7 @@ Bytes remarks(const Bytes& entries)
 
 Bytes remark(const std::string& id, const std::string& text)
 {
-    return wave::chunk(id, field(text, text.size() + text.size() % 2));
+    return wave::chunk(id, broadcast::field(text, text.size() + text.size() % 2));
 }
 
 class WaveFacts : public testing::Test
@@ -73,7 +51,7 @@ protected:
 
 TEST_F(WaveFacts, ARecorderSaysItsNameAndWhenItBegan)
 {
-    const FileFacts facts = factsOf(broadcast("2026-06-01", "10:00:37", 36037));
+    const FileFacts facts = factsOf(broadcast::chunk("2026-06-01", "10:00:37", 36037));
 
     EXPECT_EQ(facts.originator, "camera a");
     EXPECT_EQ(facts.originatorReference, "reference 7");
@@ -85,12 +63,13 @@ TEST_F(WaveFacts, ARecorderSaysItsNameAndWhenItBegan)
 
 TEST_F(WaveFacts, WhatStandsBehindTheSoundCountsToo)
 {
-    EXPECT_EQ(factsOf({}, broadcast("2026-06-01", "10:00:37", 36037)).originator, "camera a");
+    EXPECT_EQ(factsOf({}, broadcast::chunk("2026-06-01", "10:00:37", 36037)).originator,
+              "camera a");
 }
 
 TEST_F(WaveFacts, ClocksThatNobodySetSayNothing)
 {
-    const FileFacts facts = factsOf(broadcast("0000-00-00", "00:00:00", 0));
+    const FileFacts facts = factsOf(broadcast::chunk("0000-00-00", "00:00:00", 0));
 
     EXPECT_FALSE(facts.created);
     EXPECT_FALSE(facts.started);
@@ -104,7 +83,7 @@ TEST_F(WaveFacts, AChunkThatIsTooShortSaysNothing)
     EXPECT_EQ(factsOf(shorter).originator, "");
 
     // Claims to be whole, and the file ends in it.
-    Bytes chunk = broadcast("2026-06-01", "10:00:37", 36037);
+    Bytes chunk = broadcast::chunk("2026-06-01", "10:00:37", 36037);
     chunk.resize(chunk.size() - 1);
     EXPECT_EQ(factsOf({}, chunk).originator, "");
 }
@@ -122,7 +101,7 @@ TEST_F(WaveFacts, RemarksNameTheProgramAndTheDate)
 
 TEST_F(WaveFacts, TheDateOfBroadcastersGoesBeforeThatOfRemarks)
 {
-    Bytes chunks = broadcast("2026-06-01", "10:00:37", 36037);
+    Bytes chunks = broadcast::chunk("2026-06-01", "10:00:37", 36037);
     wave::append(chunks, remarks(remark("ICRD", "2026-06-02 11:00:00")));
 
     EXPECT_EQ(vxlsync::textOf(factsOf(chunks).created.value()), "2026-06-01T10:00:37");
@@ -147,6 +126,17 @@ TEST_F(WaveFacts, ARemarkThatClaimsToBeEndlessIsCut)
     EXPECT_EQ(factsOf(remarks(entries)).encoder, std::string(128, 'x'));
 }
 
+TEST_F(WaveFacts, AListThatTheFileDoesNotHoldEndsWithIt)
+{
+    Bytes list;
+    wave::appendText(list, "LIST");
+    wave::append32(list, 10000);
+    wave::appendText(list, "INFO");
+    wave::append(list, remark("ISFT", "Recorder 2.1"));
+
+    EXPECT_EQ(factsOf({}, list).encoder, "Recorder 2.1");
+}
+
 TEST_F(WaveFacts, NothingIsLookedForBehindASoundWithoutAnEnd)
 {
     Bytes bytes = wave::riffStart();
@@ -154,12 +144,12 @@ TEST_F(WaveFacts, NothingIsLookedForBehindASoundWithoutAnEnd)
     wave::appendText(bytes, "data");
     Bytes open = bytes;
     wave::append32(open, 0);
-    wave::append(open, broadcast("2026-06-01", "10:00:37", 36037));
+    wave::append(open, broadcast::chunk("2026-06-01", "10:00:37", 36037));
     EXPECT_EQ(factsOfFile(open).originator, "");
     EXPECT_FALSE(factsOfFile(open).fileSeconds);
 
     wave::append32(bytes, 0x7FFFFFFF);
-    wave::append(bytes, broadcast("2026-06-01", "10:00:37", 36037));
+    wave::append(bytes, broadcast::chunk("2026-06-01", "10:00:37", 36037));
     EXPECT_EQ(factsOfFile(bytes).originator, "");
 }
 
