@@ -167,6 +167,14 @@ TEST_F(MediaFacts, RatesThatNoPictureHasAreNone)
     EXPECT_FALSE(factsOf(picture + "rate=2000:duration=0.1 -c:v mpeg4", "b.mov").frameRate);
 }
 
+TEST_F(MediaFacts, ATagOfBlanksSaysNothing)
+{
+    const FileFacts facts =
+        factsOf(sound + "-metadata 'make= ' -metadata manufacturer=Maker", "a.mkv");
+
+    EXPECT_EQ(facts.make, "Maker");
+}
+
 TEST_F(MediaFacts, AGuessedLengthIsNone)
 {
     EXPECT_FALSE(factsOf(sound, "a.aac").fileSeconds);
