@@ -10,7 +10,7 @@
 namespace vxlsync
 {
 
-// What a RIFF or RF64 WAVE file says of its sound.
+// What a WAV file says of its sound: RIFF, RF64 or Wave64.
 struct WaveHeader {
     enum class Coding { integer, real };
 

@@ -226,6 +226,107 @@ TEST_F(WaveReader, ReadsTheSizesOfLargeFiles)
                 ElementsAre(0.5f, -0.25f));
 }
 
+// The size of a large file counts in place of the one that is all ones, and of no other.
+TEST_F(WaveReader, TakesASizeThatIsKnownAsItIs)
+{
+    wave::Bytes sizes(8);
+    wave::append32(sizes, 2);
+    wave::append32(sizes, 0);
+    sizes.resize(28);
+    wave::Bytes bytes = wave::riffStart();
+    wave::append(bytes, wave::chunk("ds64", sizes));
+    wave::append(bytes, wave::formatChunk(wave::Format()));
+    wave::append(bytes, wave::chunk("data", wave::samples16({16384, -8192})));
+
+    EXPECT_THAT(samplesOf(readWave(folder.write("a.wav", bytes)).recording),
+                ElementsAre(0.5f, -0.25f));
+}
+
+void append64(wave::Bytes& bytes, std::uint64_t value)
+{
+    wave::append32(bytes, static_cast<std::uint32_t>(value));
+    wave::append32(bytes, static_cast<std::uint32_t>(value >> 32U));
+}
+
+// The name of a chunk, or of the whole, in 16 bytes, and its size, which counts these.
+void appendWide(wave::Bytes& bytes, const std::string& name, std::uint64_t size)
+{
+    wave::appendText(bytes, name);
+    bytes.resize(bytes.size() + 12, 0xF3);
+    append64(bytes, size);
+}
+
+constexpr std::uint64_t wideHeadBytes = 24;
+
+// A Wave64 file up to its sound, which is mono of 16 bits at 8000 Hz and claims `dataSize`.
+wave::Bytes wave64(std::uint64_t dataSize)
+{
+    wave::Bytes bytes;
+    appendWide(bytes, "riff", 0);
+    wave::appendText(bytes, "wave");
+    bytes.resize(bytes.size() + 12, 0xF3);
+    appendWide(bytes, "note", wideHeadBytes + 3);
+    // Padded to a multiple of 8.
+    bytes.resize(bytes.size() + 8);
+    appendWide(bytes, "fmt ", wideHeadBytes + 16);
+    const wave::Bytes format = wave::formatChunk(wave::Format());
+    bytes.insert(bytes.end(), format.begin() + 8, format.end());
+    appendWide(bytes, "data", dataSize);
+    return bytes;
+}
+
+TEST_F(WaveReader, ReadsWave64)
+{
+    wave::Bytes bytes = wave64(wideHeadBytes + 4);
+    wave::append(bytes, wave::samples16({16384, -8192, 1, 2}));
+
+    EXPECT_THAT(samplesOf(readWave(folder.write("a.w64", bytes)).recording),
+                ElementsAre(0.5f, -0.25f));
+}
+
+TEST_F(WaveReader, ReadsWave64ToTheEndWhereTheSizeIsNotKnown)
+{
+    for (const std::uint64_t size : {std::uint64_t{0}, wideHeadBytes, ~std::uint64_t{0}}) {
+        wave::Bytes bytes = wave64(size);
+        wave::append(bytes, wave::samples16({16384, -8192}));
+
+        const Direct direct = readWave(folder.write("a.w64", bytes));
+
+        EXPECT_THAT(samplesOf(direct.recording), ElementsAre(0.5f, -0.25f)) << size;
+        EXPECT_THAT(direct.findings.notes, IsEmpty()) << size;
+    }
+}
+
+TEST_F(WaveReader, SaysWhereWave64EndsEarly)
+{
+    // All ones in 32 bits are a size as any other here.
+    wave::Bytes bytes = wave64(wideHeadBytes + 0xFFFFFFFF);
+    wave::append(bytes, wave::samples16(std::vector<int>(16000, 100)));
+
+    // (2^32 - 1) / 2 / 8000 = 268435.456.
+    EXPECT_THAT(readWave(folder.write("a.w64", bytes)).findings.notes,
+                ElementsAre("ends early: 2.0 of 268435.5 s could be read"));
+}
+
+// Behind it there would be the sound, if additions ran over.
+TEST_F(WaveReader, WalksOverNoChunkThatIsLongerThanTheFile)
+{
+    for (const std::uint64_t size :
+         {std::uint64_t{wideHeadBytes + 1000}, std::uint64_t{1} << 63U, ~std::uint64_t{0} - 7}) {
+        wave::Bytes bytes;
+        appendWide(bytes, "riff", 0);
+        wave::appendText(bytes, "wave");
+        bytes.resize(bytes.size() + 12);
+        appendWide(bytes, "note", size);
+        const wave::Bytes rest = wave64(wideHeadBytes + 4);
+        bytes.insert(bytes.end(), rest.begin() + 40, rest.end());
+        wave::append(bytes, wave::samples16({1, 2}));
+
+        EXPECT_EQ(failureOf(folder.write("a.w64", bytes)), "is not a WAV file that can be read")
+            << size;
+    }
+}
+
 TEST_F(WaveReader, SkipsChunksAndTheirPadding)
 {
     wave::Bytes bytes = wave::riffStart();
@@ -252,6 +353,9 @@ TEST_F(WaveReader, RefusesWhatIsNoWave)
     EXPECT_EQ(failureOf(folder.write("empty.wav", {})), no);
     EXPECT_EQ(failureOf(folder.write("a.wav", tail)), no);
     EXPECT_EQ(failureOf(folder.write("b.wav", other)), no);
+    wave::Bytes wide = wave64(wideHeadBytes);
+    wide[24] = 'X';
+    EXPECT_EQ(failureOf(folder.write("e.w64", wide)), no);
     EXPECT_EQ(failureOf(folder.write("c.wav", soundFirst)), no);
     EXPECT_EQ(failureOf(folder.write("d.wav", silent)), no);
     EXPECT_EQ(failureOf(folder / "gone.wav"), "does not exist");
