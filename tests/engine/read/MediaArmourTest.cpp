@@ -357,8 +357,9 @@ TEST_F(MediaArmour, SaysOfEachUncompressedFormatThatItEndsEarly)
 
         // Headers take some milliseconds' worth.
         EXPECT_NEAR(recording.durationSeconds, 10.0, 0.05) << name;
-        EXPECT_THAT(recording.notes, ElementsAre("ends early: 10.0 of 20.0 s could be read"))
-            << name;
+        // Behind a word on the packet that is cut, which is a note by itself for some.
+        ASSERT_FALSE(recording.notes.empty()) << name;
+        EXPECT_EQ(recording.notes.back(), "ends early: 10.0 of 20.0 s could be read") << name;
     }
 }
 
