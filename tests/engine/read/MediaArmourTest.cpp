@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -347,9 +348,16 @@ TEST_F(MediaArmour, SaysThatAWaveEndsEarly)
 // Of these the library tells what is there and not what they state.
 TEST_F(MediaArmour, SaysOfEachUncompressedFormatThatItEndsEarly)
 {
-    for (const std::string name :
-         {"a.wav", "a.w64", "a.caf", "ima.caf", "a.aiff", "a.au", "a.mov"}) {
-        const std::string options = name == "ima.caf" ? "-c:a adpcm_ima_qt" : "";
+    constexpr std::pair<const char*, const char*> forms[] = {
+        {"a.wav", ""},
+        {"a.w64", ""},
+        {"a.caf", ""},
+        {"a.aiff", ""},
+        {"a.au", ""},
+        {"ima.caf", "-c:a adpcm_ima_qt"},
+        {"a.mov", "-c:a pcm_s16le -movflags +faststart"}};
+    for (const auto& [form, options] : forms) {
+        const std::string name = form;
         wave::Bytes bytes = wave::readFile(make("whole_" + name, options, 20, 8000));
         bytes.resize(bytes.size() / 2);
 
