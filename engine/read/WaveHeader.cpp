@@ -16,24 +16,6 @@ namespace
 // after the other.
 constexpr int mostChunks = 1000;
 
-// How the chunks of a file lie in it.
-struct ChunkForm {
-    // Place of the first one.
-    std::int64_t start;
-    // Name and size in front of what a chunk holds. The size takes the last bytes of them.
-    std::size_t headBytes;
-    std::size_t sizeBytes;
-    // What the size counts besides what the chunk holds.
-    std::size_t countedBytes;
-    // Chunks begin at multiples of it.
-    std::int64_t alignment;
-};
-
-constexpr ChunkForm riffForm{12, 8, 4, 0, 2};
-constexpr ChunkForm wave64Form{40, 24, 8, 24, 8};
-// Of both.
-constexpr std::size_t mostHeadBytes = 24;
-
 bool startsWith(const unsigned char* bytes, const char* word)
 {
     return std::memcmp(bytes, word, 4) == 0;
@@ -68,45 +50,72 @@ bool readFormat(const InputFile& file, std::int64_t at, std::int64_t chunkBytes,
     return (isInteger || isReal) && header.channels > 0;
 }
 
-// Bytes that the chunk holds; what is no size comes out negative.
-std::int64_t contentBytes(const unsigned char* head, const ChunkForm& form)
-{
-    const unsigned char* size = head + form.headBytes - form.sizeBytes;
-    return static_cast<std::int64_t>(littleEndian(size, form.sizeBytes) - form.countedBytes);
-}
-
 // The sizes 0 and all ones are what recorders leave that were switched off, and what streams have.
-// RF64 files have them where the wide size counts.
-std::int64_t dataBytesOf(std::int64_t chunkBytes, std::int64_t wideBytes, const ChunkForm& form)
+std::int64_t dataBytesOf(std::int64_t chunkBytes, std::int64_t wideBytes)
 {
     constexpr std::int64_t allOnes = 0xFFFFFFFF;
-    const bool isAllOnes = form.sizeBytes == sizeof(std::uint32_t) && chunkBytes == allOnes;
-    if (chunkBytes > 0 && !isAllOnes) return chunkBytes;
-    return wideBytes > 0 ? wideBytes : WaveHeader::runsToTheEnd;
+    if (wideBytes > 0) return wideBytes;
+    return chunkBytes == 0 || chunkBytes == allOnes ? WaveHeader::runsToTheEnd : chunkBytes;
 }
 
 // Walks the chunks up to the sound, which comes after its format.
-std::optional<WaveHeader> walkChunks(const InputFile& file, const ChunkForm& form)
+std::optional<WaveHeader> walkChunks(const InputFile& file, std::int64_t at, bool isWide)
 {
     WaveHeader header;
     bool isKnown = false;
     std::int64_t wideBytes = 0;
-    std::int64_t at = form.start;
     for (int chunks = 0; chunks < mostChunks; ++chunks) {
-        std::array<unsigned char, mostHeadBytes> head{};
-        if (file.read(at, head.data(), form.headBytes) < form.headBytes) break;
-        const std::int64_t bytes = contentBytes(head.data(), form);
-        at += static_cast<std::int64_t>(form.headBytes);
+        std::array<unsigned char, 8> head{};
+        if (file.read(at, head.data(), head.size()) < head.size()) break;
+        const auto bytes = static_cast<std::int64_t>(littleEndian(head.data() + 4, 4));
+        at += static_cast<std::int64_t>(head.size());
         if (startsWith(head.data(), "data")) {
             header.dataStart = at;
-            header.dataBytes = dataBytesOf(bytes, wideBytes, form);
+            header.dataBytes = dataBytesOf(bytes, wideBytes);
+            return isKnown ? std::optional(header) : std::nullopt;
+        }
+        if (isWide && startsWith(head.data(), "ds64")) wideBytes = wideSizeAt(file, at);
+        if (startsWith(head.data(), "fmt ")) isKnown = readFormat(file, at, bytes, header);
+        // Chunks begin at even places.
+        at += bytes + bytes % 2;
+    }
+    return std::nullopt;
+}
+
+bool isWave64(const InputFile& file)
+{
+    std::array<unsigned char, 28> start{};
+    file.read(0, start.data(), start.size());
+    // Names are 16 bytes long, which begin like these.
+    return startsWith(start.data(), "riff") && startsWith(start.data() + 24, "wave");
+}
+
+// The same for a Wave64 file, whose chunks have a name of 16 bytes, then a size of 8 that counts
+// both, and begin at multiples of 8.
+std::optional<WaveHeader> walkWave64(const InputFile& file)
+{
+    // As in a RIFF file, more are no recording.
+    constexpr int mostWave64Chunks = 1000;
+    constexpr std::int64_t firstChunk = 40;
+    constexpr std::size_t headBytes = 24;
+    WaveHeader header;
+    bool isKnown = false;
+    std::int64_t at = firstChunk;
+    for (int chunks = 0; chunks < mostWave64Chunks; ++chunks) {
+        std::array<unsigned char, headBytes> head{};
+        if (file.read(at, head.data(), headBytes) < headBytes) break;
+        // Negative for what is no size, the zeros and ones of unknown ones among it.
+        const auto bytes = static_cast<std::int64_t>(littleEndian(head.data() + 16, 8) - headBytes);
+        at += static_cast<std::int64_t>(headBytes);
+        if (startsWith(head.data(), "data")) {
+            header.dataStart = at;
+            header.dataBytes = bytes > 0 ? bytes : WaveHeader::runsToTheEnd;
             return isKnown ? std::optional(header) : std::nullopt;
         }
         // Nothing lies behind it.
         if (bytes < 0 || bytes > file.size()) break;
-        if (startsWith(head.data(), "ds64")) wideBytes = wideSizeAt(file, at);
         if (startsWith(head.data(), "fmt ")) isKnown = readFormat(file, at, bytes, header);
-        at = (at + bytes + form.alignment - 1) / form.alignment * form.alignment;
+        at += (bytes + 7) / 8 * 8;
     }
     return std::nullopt;
 }
@@ -121,14 +130,14 @@ double WaveHeader::statedSeconds() const
 
 std::optional<WaveHeader> findWaveHeader(const InputFile& file)
 {
-    std::array<unsigned char, 28> start{};
-    file.read(0, start.data(), start.size());
-    const bool isRiff = startsWith(start.data(), "RIFF") || startsWith(start.data(), "RF64");
-    if (isRiff && startsWith(start.data() + 8, "WAVE")) return walkChunks(file, riffForm);
-    // Its names are 16 bytes long and begin like these.
-    if (startsWith(start.data(), "riff") && startsWith(start.data() + 24, "wave"))
-        return walkChunks(file, wave64Form);
-    return std::nullopt;
+    if (isWave64(file)) return walkWave64(file);
+    std::array<unsigned char, 12> start{};
+    const std::size_t got = file.read(0, start.data(), start.size());
+    const bool isWide = startsWith(start.data(), "RF64");
+    if (got < start.size() || (!isWide && !startsWith(start.data(), "RIFF")) ||
+        !startsWith(start.data() + 8, "WAVE"))
+        return std::nullopt;
+    return walkChunks(file, static_cast<std::int64_t>(start.size()), isWide);
 }
 
 } // namespace vxlsync

@@ -258,13 +258,18 @@ void appendWide(wave::Bytes& bytes, const std::string& name, std::uint64_t size)
 
 constexpr std::uint64_t wideHeadBytes = 24;
 
-// A Wave64 file up to its sound, which is mono of 16 bits at 8000 Hz and claims `dataSize`.
-wave::Bytes wave64(std::uint64_t dataSize)
+wave::Bytes wave64Start()
 {
     wave::Bytes bytes;
     appendWide(bytes, "riff", 0);
     wave::appendText(bytes, "wave");
     bytes.resize(bytes.size() + 12, 0xF3);
+    return bytes;
+}
+
+// What stands before the sound, which is mono of 16 bits at 8000 Hz and claims `dataSize`.
+void appendWave64Chunks(wave::Bytes& bytes, std::uint64_t dataSize)
+{
     appendWide(bytes, "note", wideHeadBytes + 3);
     // Padded to a multiple of 8.
     bytes.resize(bytes.size() + 8);
@@ -272,6 +277,12 @@ wave::Bytes wave64(std::uint64_t dataSize)
     const wave::Bytes format = wave::formatChunk(wave::Format());
     bytes.insert(bytes.end(), format.begin() + 8, format.end());
     appendWide(bytes, "data", dataSize);
+}
+
+wave::Bytes wave64(std::uint64_t dataSize)
+{
+    wave::Bytes bytes = wave64Start();
+    appendWave64Chunks(bytes, dataSize);
     return bytes;
 }
 
@@ -313,13 +324,9 @@ TEST_F(WaveReader, WalksOverNoChunkThatIsLongerThanTheFile)
 {
     for (const std::uint64_t size :
          {std::uint64_t{wideHeadBytes + 1000}, std::uint64_t{1} << 63U, ~std::uint64_t{0} - 7}) {
-        wave::Bytes bytes;
-        appendWide(bytes, "riff", 0);
-        wave::appendText(bytes, "wave");
-        bytes.resize(bytes.size() + 12);
+        wave::Bytes bytes = wave64Start();
         appendWide(bytes, "note", size);
-        const wave::Bytes rest = wave64(wideHeadBytes + 4);
-        bytes.insert(bytes.end(), rest.begin() + 40, rest.end());
+        appendWave64Chunks(bytes, wideHeadBytes + 4);
         wave::append(bytes, wave::samples16({1, 2}));
 
         EXPECT_EQ(failureOf(folder.write("a.w64", bytes)), "is not a WAV file that can be read")
@@ -356,6 +363,11 @@ TEST_F(WaveReader, RefusesWhatIsNoWave)
     wave::Bytes wide = wave64(wideHeadBytes);
     wide[24] = 'X';
     EXPECT_EQ(failureOf(folder.write("e.w64", wide)), no);
+    // No chunk at all, and sound without a format.
+    wave::Bytes bare = wave64Start();
+    EXPECT_EQ(failureOf(folder.write("f.w64", bare)), no);
+    appendWide(bare, "data", wideHeadBytes + 2);
+    EXPECT_EQ(failureOf(folder.write("g.w64", bare)), no);
     EXPECT_EQ(failureOf(folder.write("c.wav", soundFirst)), no);
     EXPECT_EQ(failureOf(folder.write("d.wav", silent)), no);
     EXPECT_EQ(failureOf(folder / "gone.wav"), "does not exist");
@@ -378,6 +390,17 @@ TEST_F(WaveReader, RefusesACodingThatItDoesNotKnow)
     slow.sampleRate = 300;
     EXPECT_EQ(failureOf(folder.write("b.wav", wave::file(slow, wave::Bytes(64)))),
               "sampled 300 times a second; 2000 are the least that can be compared");
+}
+
+// One empty chunk after the other, and only then the sound.
+TEST_F(WaveReader, DoesNotWalkChunksOfWave64WithoutEnd)
+{
+    wave::Bytes many = wave64Start();
+    for (int i = 0; i < 1000; ++i)
+        appendWide(many, "note", wideHeadBytes);
+    appendWave64Chunks(many, wideHeadBytes + 4);
+
+    EXPECT_EQ(failureOf(folder.write("a.w64", many)), "is not a WAV file that can be read");
 }
 
 // A file of zeros behind its header is one empty chunk after the other.
