@@ -19,7 +19,7 @@ std::string fieldOf(const std::string& text)
     // What a spreadsheet computes, or skips before it looks for a formula.
     constexpr const char* formulaStarts = "=+-@\t\r\n";
     const bool isFormula = text.find_first_of(formulaStarts) == 0;
-    const std::string shown = (isFormula ? "'" : "") + printable(text);
+    std::string shown = (isFormula ? "'" : "") + printable(text);
     if (shown.find_first_of(",\"") == std::string::npos) return shown;
     std::string result = "\"";
     for (const char letter : shown) {

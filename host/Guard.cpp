@@ -18,7 +18,7 @@ ExitCode guarded(const std::function<ExitCode()>& work, std::ostream& err)
         err << "vxl-sync: " << error.what() << '\n';
         return ExitCode::usage;
     } catch (const std::bad_alloc&) {
-        err << "vxl-sync: memory ran out; give fewer files, or a lower --memory\n";
+        err << "vxl-sync: memory ran out; give fewer files, a lower --memory or fewer --jobs\n";
     } catch (const std::exception& error) {
         err << "vxl-sync: internal error: " << printable(error.what()) << '\n';
     }

@@ -32,7 +32,8 @@ constexpr const char* notes =
     "\n"
     "In text and tables, characters that could command a terminal or turn what\n"
     "follows around are written as \\x1b; in tables, what a spreadsheet would take\n"
-    "for a formula stands behind an apostrophe. JSON has names as they are.\n"
+    "for a formula stands behind an apostrophe. JSON has names as they are, and\n"
+    "says where one is no UTF-8 and had to be escaped.\n"
     "\n"
     "Exit codes:\n"
     "  0    every file is in a group; also if some are and the rest are listed as\n"
@@ -73,6 +74,7 @@ template <typename Choice, std::size_t count>
 std::vector<std::string> namesOf(const std::array<Named<Choice>, count>& table)
 {
     std::vector<std::string> names;
+    names.reserve(count);
     for (const Named<Choice>& entry : table)
         names.emplace_back(entry.name);
     return names;

@@ -29,6 +29,7 @@ Request requestOf(const Options& options, const std::vector<std::string>& paths)
     Request request;
     request.options = options.engine;
     for (const std::string& path : paths) {
+        if (path.empty()) throw UsageError("a file with an empty name cannot be read");
         Source source;
         source.path = path;
         request.sources.push_back(std::move(source));

@@ -15,6 +15,9 @@ namespace vxlsync::host
 namespace
 {
 
+// Of a drift as it is printed below, or of what stands in its place.
+constexpr std::size_t driftColumns = 16;
+
 std::string counted(std::size_t count, const std::string& what)
 {
     return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
@@ -50,7 +53,11 @@ void writeGroup(const Group& group, const Result& result, std::ostream& out)
         const SourceFacts& source = result.sources[member.source];
         out << fmt::format("{:14.4f} s  +-{:7.4f} s", member.offsetSeconds,
                            member.offsetUncertaintySeconds);
-        if (member.source == group.reference)
+        // Neither landmarks nor known starts tell how a clock runs.
+        const bool isDriftUnknown = member.driftPpm == 0.0 && member.driftUncertaintyPpm == 0.0;
+        if (isDriftUnknown && member.source != group.reference)
+            out << std::string(driftColumns, ' ');
+        else if (member.source == group.reference)
             out << "       reference";
         else
             out << fmt::format("  {:+10.2f} ppm", member.driftPpm);

@@ -1,6 +1,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <functional>
 #include <iostream>
 #include <string>
 #include <utility>
@@ -67,8 +68,9 @@ ExitCode run(const std::vector<std::string>& arguments)
     return exitCodeOf(result);
 }
 
-ExitCode runConfined(const std::vector<std::string>& arguments)
+ExitCode runConfined(int argc, char* argv[])
 {
+    const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
     // Where the kernel refuses, the program is as right and less safe.
     static_cast<void>(confine());
     endAtOnceOnSignals(false);
@@ -86,9 +88,6 @@ ExitCode runConfined(const std::vector<std::string>& arguments)
 
 int main(int argc, char* argv[])
 {
-    const auto work = [&] {
-        return vxlsync::host::runConfined(
-            std::vector<std::string>(argv + std::min(argc, 1), argv + argc));
-    };
-    return static_cast<int>(vxlsync::host::guarded(work, std::cerr));
+    return static_cast<int>(
+        vxlsync::host::guarded(std::bind(vxlsync::host::runConfined, argc, argv), std::cerr));
 }

@@ -85,7 +85,7 @@ using Unpacked = std::vector<std::optional<Prepared>>;
 
 // Lets go of what the batch does not need, and unpacks what it needs and does not have.
 void unpack(Unpacked& unpacked, const Batch& batch, const std::vector<Recording>& recordings,
-            Run& run)
+            const Run& run)
 {
     for (std::size_t i = 0; i < unpacked.size(); ++i) {
         if (batch.recordings.count(i) == 0) unpacked[i].reset();

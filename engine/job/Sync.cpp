@@ -26,6 +26,7 @@ namespace
 std::vector<SampleStore<float>> takeSamples(std::vector<Recording>& recordings)
 {
     std::vector<SampleStore<float>> samples;
+    samples.reserve(recordings.size());
     for (Recording& recording : recordings)
         samples.push_back(std::exchange(recording.samples, SampleStore<float>()));
     return samples;

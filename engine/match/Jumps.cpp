@@ -101,8 +101,8 @@ Link joined(const Link& early, const Link& late, const Joint& joint)
     link.line.coherence = joint.coherence;
     link.line.significance = std::hypot(early.line.significance, late.line.significance);
     link.line.bands = std::max(early.line.bands, late.line.bands);
-    link.jumps.push_back(
-        {joint.moment, late.line.offsetAt(joint.moment) - early.line.offsetAt(joint.moment)});
+    const double before = early.line.offsetAt(joint.moment);
+    link.jumps.push_back({joint.moment, late.line.offsetAt(joint.moment) - before});
     return link;
 }
 

@@ -65,7 +65,7 @@ template Prepared prepare(const SampleStore<float>& samples, int rate, const Int
 template Prepared prepare(const SampleStore<std::uint16_t>& samples, int rate,
                           const Interrupt& interrupt);
 
-std::vector<Prepared> prepareAll(std::vector<SampleStore<float>> recordings, Run& run)
+std::vector<Prepared> prepareAll(std::vector<SampleStore<float>> recordings, const Run& run)
 {
     std::vector<Prepared> prepared(recordings.size());
     runParallel(recordings.size(), run.threads, [&](std::size_t index, std::size_t) {

@@ -37,7 +37,7 @@ extern template Prepared prepare(const SampleStore<std::uint16_t>& samples, int 
 
 // All recordings at analysisRate; each is let go of as soon as it has been prepared. Throws
 // Cancelled.
-std::vector<Prepared> prepareAll(std::vector<SampleStore<float>> recordings, Run& run);
+std::vector<Prepared> prepareAll(std::vector<SampleStore<float>> recordings, const Run& run);
 
 } // namespace vxlsync
 

@@ -91,7 +91,7 @@ std::string tooMuchMemory(std::size_t needed, std::size_t limit)
         return "needs " + bytesText(needed) + " of memory, more than the " + bytesText(limit) +
                " that this job may take";
     return "needs " + bytesText(needed) +
-           " of memory, which the shorter recordings leave not of the " + bytesText(limit) +
+           " of memory, and the shorter recordings leave less of the " + bytesText(limit) +
            " that this job may take";
 }
 

@@ -23,6 +23,7 @@ namespace failures
 {
 
 constexpr const char* missing = "does not exist";
+constexpr const char* folder = "is a folder; give the files in it";
 constexpr const char* notRegular = "is not a regular file";
 constexpr const char* unknownFormat =
     "is in no format that can be read, or has lost its start or its end";
@@ -53,6 +54,7 @@ namespace notes
 {
 
 constexpr const char* signedBytes = "eight-bit samples are signed";
+constexpr const char* noSound = "holds no sound: it is empty, or ends before its sound begins";
 
 std::string endsEarly(double readSeconds, double statedSeconds);
 std::string brokenSamples(std::int64_t count);

@@ -39,6 +39,11 @@ bool isRegular(const Status& status)
     return (status.st_mode & _S_IFMT) == _S_IFREG;
 }
 
+bool isFolder(const Status& status)
+{
+    return (status.st_mode & _S_IFMT) == _S_IFDIR;
+}
+
 std::int64_t readOnce(int descriptor, std::int64_t at, char* out, std::size_t count)
 {
     constexpr std::size_t most = std::size_t{1} << 30U;
@@ -70,6 +75,11 @@ bool isRegular(const Status& status)
     return S_ISREG(status.st_mode);
 }
 
+bool isFolder(const Status& status)
+{
+    return S_ISDIR(status.st_mode);
+}
+
 std::int64_t readOnce(int descriptor, std::int64_t at, char* out, std::size_t count)
 {
     return pread(descriptor, out, count, at);
@@ -92,7 +102,7 @@ InputFile::InputFile(const std::string& path) : descriptor(openToRead(path))
     static_cast<void>(statusOf(descriptor, status));
     if (!isRegular(status)) {
         closeFile(descriptor);
-        throw ReadFailure(failures::notRegular);
+        throw ReadFailure(isFolder(status) ? failures::folder : failures::notRegular);
     }
     bytes = status.st_size;
 }

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -136,6 +137,9 @@ private:
                static_cast<double>(start) / AV_TIME_BASE;
     }
 
+    // CAF files whose packets are alike say how many samples they have, and nothing of time.
+    bool hasFrameCount() const { return std::strcmp(input.format().iformat->name, "caf") == 0; }
+
     // What the file says of its length; nothing, or less, if it says nothing. A guess from its size
     // is none, and the length of a film is not that of its sound. Of what a WAV file says, the
     // library tells only what is there.
@@ -143,9 +147,10 @@ private:
     {
         if (const std::optional<WaveHeader> header = findWaveHeader(input.bytes()))
             return header->statedSeconds();
-        if (input.format().duration_estimation_method == AVFMT_DURATION_FROM_BITRATE) return 0.0;
-        if (stream.duration != AV_NOPTS_VALUE)
-            return static_cast<double>(stream.duration) * av_q2d(stream.time_base);
+        const double unit = av_q2d(stream.time_base);
+        if (input.format().duration_estimation_method == AVFMT_DURATION_FROM_BITRATE)
+            return hasFrameCount() ? static_cast<double>(stream.nb_frames) * unit : 0.0;
+        if (stream.duration != AV_NOPTS_VALUE) return static_cast<double>(stream.duration) * unit;
         return input.format().nb_streams == 1
                    ? static_cast<double>(input.format().duration) / AV_TIME_BASE
                    : 0.0;

@@ -116,6 +116,7 @@ private:
         if (taking.gain < 1.0) remarks.push_back(notes::scaledDown(1.0 / taking.gain));
         const std::int64_t broken = odd.broken + odd.absurd;
         if (broken > 0) remarks.push_back(notes::brokenSamples(broken));
+        if (remarks.empty() && intake.seconds() == 0.0) remarks.emplace_back(notes::noSound);
         return true;
     }
 

@@ -79,7 +79,7 @@ inline double asSigned(double sample)
 // the file places it: gaps in the times of the packets and a late start of the audio are silence,
 // and what an encoder put in front is gone.
 ReadFindings readMedia(const ReadRequest& request, Intake& intake);
-// RIFF and RF64 WAVE files with samples of 8, 16, 24 or 32 bits or floats.
+// WAV files, be they RIFF, RF64 or Wave64, with samples of 8, 16, 24 or 32 bits or floats.
 ReadFindings readWave(const ReadRequest& request, Intake& intake);
 // WAV files of analysisRate as the landmark library reads them; looks at no option.
 ReadFindings readNative(const ReadRequest& request, Intake& intake);

@@ -57,6 +57,7 @@ void readRemarks(const InputFile& file, const RiffChunk& list, FileFacts& facts)
 FileFacts waveFactsOf(const InputFile& file, const WaveHeader& header)
 {
     FileFacts facts;
+    if (header.isWave64) return facts;
     RiffChunks before(file, firstChunk, header.dataStart);
     const auto readAll = [&](RiffChunks& chunks) {
         while (const std::optional<RiffChunk> chunk = chunks.next()) {

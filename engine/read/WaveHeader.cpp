@@ -74,6 +74,45 @@ std::optional<WaveHeader> walkChunks(const InputFile& file, std::int64_t at, boo
     return std::nullopt;
 }
 
+bool isWave64(const InputFile& file)
+{
+    std::array<unsigned char, 28> start{};
+    file.read(0, start.data(), start.size());
+    // Names are 16 bytes long, which begin like these.
+    return startsWith(start.data(), "riff") && startsWith(start.data() + 24, "wave");
+}
+
+// The same for a Wave64 file, whose chunks have a name of 16 bytes, then a size of 8 that counts
+// both, and begin at multiples of 8.
+std::optional<WaveHeader> walkWave64(const InputFile& file)
+{
+    // As in a RIFF file, more are no recording.
+    constexpr int mostWave64Chunks = 1000;
+    constexpr std::int64_t firstChunk = 40;
+    constexpr std::size_t headBytes = 24;
+    WaveHeader header;
+    header.isWave64 = true;
+    bool isKnown = false;
+    std::int64_t at = firstChunk;
+    for (int chunks = 0; chunks < mostWave64Chunks; ++chunks) {
+        std::array<unsigned char, headBytes> head{};
+        if (file.read(at, head.data(), headBytes) < headBytes) break;
+        // Negative for what is no size, the zeros and ones of unknown ones among it.
+        const auto bytes = static_cast<std::int64_t>(littleEndian(head.data() + 16, 8) - headBytes);
+        at += static_cast<std::int64_t>(headBytes);
+        if (startsWith(head.data(), "data")) {
+            header.dataStart = at;
+            header.dataBytes = bytes > 0 ? bytes : WaveHeader::runsToTheEnd;
+            return isKnown ? std::optional(header) : std::nullopt;
+        }
+        // Nothing lies behind it.
+        if (bytes < 0 || bytes > file.size()) break;
+        if (startsWith(head.data(), "fmt ")) isKnown = readFormat(file, at, bytes, header);
+        at += (bytes + 7) / 8 * 8;
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 double WaveHeader::statedSeconds() const
@@ -84,6 +123,7 @@ double WaveHeader::statedSeconds() const
 
 std::optional<WaveHeader> findWaveHeader(const InputFile& file)
 {
+    if (isWave64(file)) return walkWave64(file);
     std::array<unsigned char, 12> start{};
     const std::size_t got = file.read(0, start.data(), start.size());
     const bool isWide = startsWith(start.data(), "RF64");

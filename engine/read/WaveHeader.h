@@ -10,7 +10,7 @@
 namespace vxlsync
 {
 
-// What a RIFF or RF64 WAVE file says of its sound.
+// What a WAV file says of its sound: RIFF, RF64 or Wave64.
 struct WaveHeader {
     enum class Coding { integer, real };
 
@@ -26,6 +26,8 @@ struct WaveHeader {
     // Place and length of the sound in the file, which may be shorter.
     std::int64_t dataStart = 0;
     std::int64_t dataBytes = runsToTheEnd;
+    // Its chunks are not those of a RIFF file.
+    bool isWave64 = false;
 
     std::size_t frameBytes() const { return static_cast<std::size_t>(channels) * sampleBytes; }
     // Length of the sound, negative if it is not known. Requires a rate.

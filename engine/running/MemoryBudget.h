@@ -11,28 +11,14 @@ namespace vxlsync
 class MemoryBudget
 {
 public:
-    explicit MemoryBudget(std::size_t bytes) : left(bytes) {}
+    explicit MemoryBudget(std::size_t bytes);
     MemoryBudget(const MemoryBudget&) = delete;
     MemoryBudget& operator=(const MemoryBudget&) = delete;
 
     // False, and nothing is taken, if so much is not left.
-    bool take(std::size_t bytes)
-    {
-        const std::lock_guard<std::mutex> lock(guard);
-        if (left < bytes) return false;
-        left -= bytes;
-        return true;
-    }
-    void giveBack(std::size_t bytes)
-    {
-        const std::lock_guard<std::mutex> lock(guard);
-        left += bytes;
-    }
-    std::size_t remaining() const
-    {
-        const std::lock_guard<std::mutex> lock(guard);
-        return left;
-    }
+    bool take(std::size_t bytes);
+    void giveBack(std::size_t bytes);
+    std::size_t remaining() const;
 
 private:
     mutable std::mutex guard;

@@ -145,7 +145,9 @@ Json groupJson(const Group& group, const std::vector<SourceFacts>& sources)
     for (const Member& member : group.members)
         members.push_back(memberJson(member, sources[member.source]));
     Json object = Json::object();
-    addText(object, "reference", sources[group.reference].path);
+    const SourceFacts& reference = sources[group.reference];
+    // Samples of a host have no path.
+    addText(object, "reference", reference.path.empty() ? reference.name : reference.path);
     object["referenceSource"] = group.reference;
     object["members"] = std::move(members);
     object["links"] = linksJson(group.links, sources);
@@ -159,6 +161,7 @@ Json aloneJson(const LeftOut& alone, const SourceFacts& facts)
     addText(object, "name", facts.name);
     addText(object, "path", facts.path);
     object["durationSeconds"] = facts.durationSeconds;
+    object["notes"] = facts.notes;
     object["reason"] = alone.reason;
     return object;
 }
@@ -167,6 +170,7 @@ Json failedJson(const LeftOut& failed, const SourceFacts& facts)
 {
     Json object = Json::object();
     object["source"] = failed.source;
+    addText(object, "name", facts.name);
     addText(object, "path", facts.path);
     object["reason"] = failed.reason;
     return object;

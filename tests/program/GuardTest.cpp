@@ -37,7 +37,8 @@ TEST(Guard, SaysThatMemoryRanOut)
     const auto runOut = []() -> ExitCode { throw std::bad_alloc(); };
 
     EXPECT_EQ(guarded(runOut, err), ExitCode::internalError);
-    EXPECT_EQ(err.str(), "vxl-sync: memory ran out; give fewer files, or a lower --memory\n");
+    EXPECT_EQ(err.str(),
+              "vxl-sync: memory ran out; give fewer files, a lower --memory or fewer --jobs\n");
 }
 
 TEST(Guard, ShowsAnyOtherErrorAsOurs)

@@ -37,6 +37,12 @@ TEST(Request, HasASourceForEachPathInOrder)
     EXPECT_FALSE(request.options.reference.has_value());
 }
 
+// A variable of a script that was never set.
+TEST(Request, RefusesAnEmptyName)
+{
+    EXPECT_THROW(requestOf(Options(), {"a.wav", ""}), vxlsync::host::UsageError);
+}
+
 TEST(Request, PassesOnWhatTheEngineUnderstands)
 {
     Options options;

@@ -57,6 +57,21 @@ TEST(TextResult, SaysThatNothingMatched)
     EXPECT_EQ(textOf(Result()), "Nothing matched.\n");
 }
 
+TEST(TextResult, TellsNoDriftThatNobodyMeasured)
+{
+    Result result = results::everything();
+    result.groups[0].members[1].driftUncertaintyPpm = 0.0;
+    EXPECT_THAT(textOf(result), HasSubstr("-20.50 ppm"));
+
+    result.groups[0].members[1].driftPpm = 0.0;
+
+    EXPECT_THAT(textOf(result), HasSubstr("        0.0000 s  +- 0.0000 s       reference  first"));
+    EXPECT_THAT(textOf(result), HasSubstr("        1.2500 s  +- 0.0001 s                  b "));
+
+    result.groups[0].members[1].driftUncertaintyPpm = 0.1;
+    EXPECT_THAT(textOf(result), HasSubstr("+0.00 ppm  b "));
+}
+
 TEST(TextResult, SetsGroupsApart)
 {
     Result result = results::everything();

@@ -117,7 +117,7 @@ TEST(VxlSyncFailure, NamesAFolder)
     const std::string path = folder / "folder.wav";
     std::filesystem::create_directory(path);
 
-    EXPECT_EQ(reasonFor(path), "is not a regular file");
+    EXPECT_EQ(reasonFor(path), "is a folder; give the files in it");
 }
 
 TEST(VxlSyncFailure, DoesNotWaitForAPipe)
@@ -201,6 +201,27 @@ TEST(VxlSyncFailure, EndsWithOneWhenTheResultCannotBeWritten)
 
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_THAT(run.err, HasSubstr("vxl-sync: standard output: the result could not be written\n"));
+}
+
+// The first file that is opened then stands where standard output was.
+TEST(VxlSyncFailure, WritesNothingIntoARecordingWhereOutputIsClosed)
+{
+    const wave::TempFolder folder;
+    const wave::Bytes bytes = wave::file16(std::vector<int>(100, 0));
+    const std::string path = folder.write("short.wav", bytes);
+
+    for (const char* closed : {"exec 1>&-", "exec 1>&- 2>&-"}) {
+        EXPECT_EQ(program::runAfter(closed, {path}).exitCode, 1) << closed;
+        EXPECT_EQ(wave::readFile(path), bytes) << closed;
+    }
+}
+
+TEST(VxlSyncFailure, EndsWithTwoForAnEmptyName)
+{
+    const Outcome run = program::run({"a.wav", ""});
+
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_EQ(run.err, "vxl-sync: a file with an empty name cannot be read\n");
 }
 
 // Half a second at most, and the codes that a shell shows.

@@ -15,7 +15,7 @@ namespace
 
 using nlohmann::json;
 
-// The one event of these tests, 30 s at 48 kHz: sweeps with a little noise.
+// The one event of these tests, at 48 kHz: sweeps with a little noise.
 wave::Bytes eventFile(std::size_t startSeconds, std::size_t seconds)
 {
     constexpr int sampleRate = 48000;
@@ -61,8 +61,8 @@ class Formats : public testing::TestWithParam<Form>
 TEST_P(Formats, ComeOutWhereTheirSoundIs)
 {
     const wave::TempFolder folder;
-    const std::string reference = folder.write("reference.wav", eventFile(0, 25));
-    const std::string source = folder.write("source.wav", eventFile(3, 25));
+    const std::string reference = folder.write("reference.wav", eventFile(0, 15));
+    const std::string source = folder.write("source.wav", eventFile(3, 15));
     const std::string path = folder / GetParam().file;
     ASSERT_TRUE(make("-i " + source + " " + GetParam().options + " " + path));
 

@@ -97,7 +97,8 @@ struct Member {
     double offsetSeconds = 0.0;
     /// One standard deviation.
     double offsetUncertaintySeconds = 0.0;
-    /// Positive if its clock runs slow against the reference.
+    /// Positive if its clock runs slow against the reference. It is 0 without uncertainty for the
+    /// reference itself, and where nothing told it: by landmarks alone, and by a known start.
     double driftPpm = 0.0;
     double driftUncertaintyPpm = 0.0;
 };

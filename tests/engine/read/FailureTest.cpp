@@ -43,8 +43,8 @@ TEST(Failure, SaysHowMuchIsTooMuch)
               "needs 2.1 GB of memory, more than the 1.0 GB that this job may take");
     EXPECT_EQ(
         failures::tooMuchMemory(300'000'000, 999'000'000),
-        "needs 300 MB of memory, which the shorter recordings leave not of the 999 MB that this "
-        "job may take");
+        "needs 300 MB of memory, and the shorter recordings leave less of the 999 MB that this job "
+        "may take");
 }
 
 TEST(Notes, SayWhatWasOddInSentences)

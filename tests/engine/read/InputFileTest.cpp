@@ -65,7 +65,7 @@ TEST(InputFile, OpensRegularFilesOnly)
     name.copy(address.sun_path, name.size());
     ASSERT_EQ(bind(plug, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
 
-    EXPECT_EQ(failureOf(folder.path), "is not a regular file");
+    EXPECT_EQ(failureOf(folder.path), "is a folder; give the files in it");
     EXPECT_EQ(failureOf(folder / "pipe"), "is not a regular file");
     EXPECT_EQ(failureOf(name), "is not a regular file");
     EXPECT_EQ(failureOf("/dev/zero"), "is not a regular file");

@@ -139,7 +139,7 @@ TEST_F(Memory, GoesToTheShortestWhateverTheOrderAndTheThreads)
 
         EXPECT_EQ(
             recordings[0].failure,
-            "needs 1 MB of memory, which the shorter recordings leave not of the 1 MB that this "
+            "needs 1 MB of memory, and the shorter recordings leave less of the 1 MB that this "
             "job may take");
         EXPECT_EQ(recordings[1].samples.size(), 4u * 8000u);
         EXPECT_EQ(recordings[2].samples.size(), 2u * 8000u);

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -226,6 +227,134 @@ TEST_F(WaveReader, ReadsTheSizesOfLargeFiles)
                 ElementsAre(0.5f, -0.25f));
 }
 
+// The size of a large file counts in place of the one that is all ones, and of no other.
+TEST_F(WaveReader, TakesASizeThatIsKnownAsItIs)
+{
+    wave::Bytes sizes(8);
+    wave::append32(sizes, 2);
+    wave::append32(sizes, 0);
+    sizes.resize(28);
+    wave::Bytes bytes = wave::riffStart();
+    wave::append(bytes, wave::chunk("ds64", sizes));
+    wave::append(bytes, wave::formatChunk(wave::Format()));
+    wave::append(bytes, wave::chunk("data", wave::samples16({16384, -8192})));
+
+    EXPECT_THAT(samplesOf(readWave(folder.write("a.wav", bytes)).recording),
+                ElementsAre(0.5f, -0.25f));
+}
+
+void append64(wave::Bytes& bytes, std::uint64_t value)
+{
+    wave::append32(bytes, static_cast<std::uint32_t>(value));
+    wave::append32(bytes, static_cast<std::uint32_t>(value >> 32U));
+}
+
+// The name of a chunk, or of the whole, in 16 bytes, and its size, which counts these.
+void appendWide(wave::Bytes& bytes, const std::string& name, std::uint64_t size)
+{
+    wave::appendText(bytes, name);
+    bytes.resize(bytes.size() + 12, 0xF3);
+    append64(bytes, size);
+}
+
+constexpr std::uint64_t wideHeadBytes = 24;
+
+wave::Bytes wave64Start()
+{
+    wave::Bytes bytes;
+    appendWide(bytes, "riff", 0);
+    wave::appendText(bytes, "wave");
+    bytes.resize(bytes.size() + 12, 0xF3);
+    return bytes;
+}
+
+// What stands before the sound, which is mono of 16 bits at 8000 Hz and claims `dataSize`.
+void appendWave64Chunks(wave::Bytes& bytes, std::uint64_t dataSize)
+{
+    appendWide(bytes, "note", wideHeadBytes + 3);
+    // Padded to a multiple of 8.
+    bytes.resize(bytes.size() + 8);
+    appendWide(bytes, "fmt ", wideHeadBytes + 16);
+    const wave::Bytes format = wave::formatChunk(wave::Format());
+    bytes.insert(bytes.end(), format.begin() + 8, format.end());
+    appendWide(bytes, "data", dataSize);
+}
+
+wave::Bytes wave64(std::uint64_t dataSize)
+{
+    wave::Bytes bytes = wave64Start();
+    appendWave64Chunks(bytes, dataSize);
+    return bytes;
+}
+
+TEST_F(WaveReader, ReadsWave64)
+{
+    wave::Bytes bytes = wave64(wideHeadBytes + 4);
+    wave::append(bytes, wave::samples16({16384, -8192, 1, 2}));
+
+    EXPECT_THAT(samplesOf(readWave(folder.write("a.w64", bytes)).recording),
+                ElementsAre(0.5f, -0.25f));
+}
+
+// Bytes that would be a recorder's name in a RIFF file.
+TEST_F(WaveReader, TakesNoFactsFromWave64)
+{
+    wave::Bytes bytes = wave64Start();
+    const std::string chunk = "bext";
+    std::copy(chunk.begin(), chunk.end(), bytes.begin() + 12);
+    constexpr std::size_t noteBytes = 704;
+    bytes[16] = noteBytes % 256;
+    bytes[17] = noteBytes / 256;
+    appendWide(bytes, "note", wideHeadBytes + noteBytes);
+    bytes.resize(bytes.size() + noteBytes, 'x');
+    appendWave64Chunks(bytes, wideHeadBytes + 4);
+    wave::append(bytes, wave::samples16({16384, -8192}));
+
+    const Direct direct = readWave(folder.write("a.w64", bytes));
+
+    EXPECT_EQ(samplesOf(direct.recording).size(), 2u);
+    EXPECT_EQ(direct.findings.facts.originator, "");
+}
+
+TEST_F(WaveReader, ReadsWave64ToTheEndWhereTheSizeIsNotKnown)
+{
+    for (const std::uint64_t size : {std::uint64_t{0}, wideHeadBytes, ~std::uint64_t{0}}) {
+        wave::Bytes bytes = wave64(size);
+        wave::append(bytes, wave::samples16({16384, -8192}));
+
+        const Direct direct = readWave(folder.write("a.w64", bytes));
+
+        EXPECT_THAT(samplesOf(direct.recording), ElementsAre(0.5f, -0.25f)) << size;
+        EXPECT_THAT(direct.findings.notes, IsEmpty()) << size;
+    }
+}
+
+TEST_F(WaveReader, SaysWhereWave64EndsEarly)
+{
+    // All ones in 32 bits are a size as any other here.
+    wave::Bytes bytes = wave64(wideHeadBytes + 0xFFFFFFFF);
+    wave::append(bytes, wave::samples16(std::vector<int>(16000, 100)));
+
+    // (2^32 - 1) / 2 / 8000 = 268435.456.
+    EXPECT_THAT(readWave(folder.write("a.w64", bytes)).findings.notes,
+                ElementsAre("ends early: 2.0 of 268435.5 s could be read"));
+}
+
+// Behind it there would be the sound, if additions ran over.
+TEST_F(WaveReader, WalksOverNoChunkThatIsLongerThanTheFile)
+{
+    for (const std::uint64_t size :
+         {std::uint64_t{wideHeadBytes + 1000}, std::uint64_t{1} << 63U, ~std::uint64_t{0} - 7}) {
+        wave::Bytes bytes = wave64Start();
+        appendWide(bytes, "note", size);
+        appendWave64Chunks(bytes, wideHeadBytes + 4);
+        wave::append(bytes, wave::samples16({1, 2}));
+
+        EXPECT_EQ(failureOf(folder.write("a.w64", bytes)), "is not a WAV file that can be read")
+            << size;
+    }
+}
+
 TEST_F(WaveReader, SkipsChunksAndTheirPadding)
 {
     wave::Bytes bytes = wave::riffStart();
@@ -252,6 +381,14 @@ TEST_F(WaveReader, RefusesWhatIsNoWave)
     EXPECT_EQ(failureOf(folder.write("empty.wav", {})), no);
     EXPECT_EQ(failureOf(folder.write("a.wav", tail)), no);
     EXPECT_EQ(failureOf(folder.write("b.wav", other)), no);
+    wave::Bytes wide = wave64(wideHeadBytes);
+    wide[24] = 'X';
+    EXPECT_EQ(failureOf(folder.write("e.w64", wide)), no);
+    // No chunk at all, and sound without a format.
+    wave::Bytes bare = wave64Start();
+    EXPECT_EQ(failureOf(folder.write("f.w64", bare)), no);
+    appendWide(bare, "data", wideHeadBytes + 2);
+    EXPECT_EQ(failureOf(folder.write("g.w64", bare)), no);
     EXPECT_EQ(failureOf(folder.write("c.wav", soundFirst)), no);
     EXPECT_EQ(failureOf(folder.write("d.wav", silent)), no);
     EXPECT_EQ(failureOf(folder / "gone.wav"), "does not exist");
@@ -274,6 +411,17 @@ TEST_F(WaveReader, RefusesACodingThatItDoesNotKnow)
     slow.sampleRate = 300;
     EXPECT_EQ(failureOf(folder.write("b.wav", wave::file(slow, wave::Bytes(64)))),
               "sampled 300 times a second; 2000 are the least that can be compared");
+}
+
+// One empty chunk after the other, and only then the sound.
+TEST_F(WaveReader, DoesNotWalkChunksOfWave64WithoutEnd)
+{
+    wave::Bytes many = wave64Start();
+    for (int i = 0; i < 1000; ++i)
+        appendWide(many, "note", wideHeadBytes);
+    appendWave64Chunks(many, wideHeadBytes + 4);
+
+    EXPECT_EQ(failureOf(folder.write("a.w64", many)), "is not a WAV file that can be read");
 }
 
 // A file of zeros behind its header is one empty chunk after the other.

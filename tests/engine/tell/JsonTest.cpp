@@ -60,6 +60,7 @@ Result everything()
     result.sources = {factsOf("first", "dir/first.wav"), factsOf("b", "a, \"b\".mp3"),
                       factsOf("alone", "alone.ogg"), factsOf("gone", "gone.wav")};
     result.sources[1].notes = {"ends early"};
+    result.sources[2].notes = {"is odd"};
     Group group;
     group.reference = 1;
     Member first;
@@ -205,10 +206,26 @@ TEST(Json, TellsTheRestBySource)
                                               {"name", "alone"},
                                               {"path", "alone.ogg"},
                                               {"durationSeconds", 20.0},
+                                              {"notes", {"is odd"}},
                                               {"reason", "silent"}}));
     EXPECT_EQ(result.at("refusedLinks").at(0).at("second"), "alone");
-    EXPECT_EQ(result.at("failed").at(0),
-              json({{"source", 3}, {"path", "gone.wav"}, {"reason", "does not exist"}}));
+    EXPECT_EQ(
+        result.at("failed").at(0),
+        json(
+            {{"source", 3}, {"name", "gone"}, {"path", "gone.wav"}, {"reason", "does not exist"}}));
+}
+
+TEST(Json, TellsSamplesOfAHostByTheirNames)
+{
+    Result result = everything();
+    for (SourceFacts& facts : result.sources)
+        facts.path.clear();
+
+    const json object = json::parse(toJson(result));
+
+    EXPECT_EQ(object.at("groups").at(0).at("reference"), "b");
+    EXPECT_EQ(object.at("failed").at(0),
+              json({{"source", 3}, {"name", "gone"}, {"path", ""}, {"reason", "does not exist"}}));
 }
 
 TEST(Json, KeepsItsFieldsInOrder)
@@ -271,7 +288,8 @@ TEST(Json, EscapesNamesThatAreNotUtf8AndSaysSo)
 
     const json& group = told.at("groups").at(0);
     EXPECT_FALSE(group.contains("referenceIsEscaped"));
-    for (const json& object : {group.at("members").at(0), told.at("alone").at(0)}) {
+    for (const json& object :
+         {group.at("members").at(0), told.at("alone").at(0), told.at("failed").at(0)}) {
         EXPECT_EQ(object.at("name"), "\\xff");
         EXPECT_EQ(object.at("nameIsEscaped"), true);
         EXPECT_FALSE(object.contains("pathIsEscaped"));
