@@ -40,6 +40,10 @@ constexpr double neededAgreementOfFaint = 0.8;
 // evidence does not.
 constexpr Ramp neededSignificanceBySeconds{4.0, 40.0, 12.0, 18.0};
 
+// Least seconds with sound of their own in both: clicks, knocks and claps make less, and two rooms
+// that are silent otherwise may well hear the same; of three seconds of speech more are heard.
+constexpr double leastHeardSeconds = 0.9;
+
 // Parts of the strength: a rival as good as the link leaves this share of it less ...
 constexpr double rivalDiscount = 0.7;
 // ... significance above this adds no more than an order among links that are alike otherwise.
@@ -58,12 +62,19 @@ double greatestRival(double coherence)
                                                      : greatestRivalByCoherence.at(coherence);
 }
 
+Doubt doubtOf(const Link& link)
+{
+    return link.line.heardSeconds < leastHeardSeconds ? Doubt::littleHeard : Doubt::none;
+}
+
+// Requires a link whose doubt is known.
 Verdict verdictOf(const Link& link)
 {
     const Alignment& line = link.line;
     if (isPartial(link) || link.relative < leastRelative ||
         line.significance < neededSignificanceBySeconds.at(line.overlap()))
         return Verdict::weak;
+    if (link.doubt != Doubt::none) return Verdict::ambiguous;
     const bool isDistinct = link.relative < bestOfAllRelative
                                 ? distinctionOf(link) >= leastDistinction
                                 : link.rival <= greatestRival(line.coherence);
@@ -83,9 +94,9 @@ double rivalOf(Links::const_iterator link, Links::const_iterator pairBegin,
 
 bool isFinite(const Alignment& line)
 {
-    const double numbers[] = {line.middle,       line.offset,   line.slope, line.offsetError,
-                              line.slopeError,   line.start,    line.end,   line.coherence,
-                              line.significance, line.agreement};
+    const double numbers[] = {line.middle,       line.offset,    line.slope,       line.offsetError,
+                              line.slopeError,   line.start,     line.end,         line.coherence,
+                              line.significance, line.agreement, line.heardSeconds};
     return std::all_of(std::begin(numbers), std::end(numbers),
                        [](double number) { return std::isfinite(number); });
 }
@@ -118,6 +129,7 @@ Links judgeLinks(Links links, const std::vector<double>& best)
         for (auto link = begin; link != end; ++link) {
             link->relative = link->line.coherence / std::min(best[link->first], best[link->second]);
             link->rival = rivalOf(link, begin, end);
+            link->doubt = doubtOf(*link);
             link->verdict = verdictOf(*link);
         }
         begin = end;

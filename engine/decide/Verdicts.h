@@ -20,8 +20,8 @@ Links sayingLinks(Links links);
 // The coherence that each recording reaches at best with anyone, by index; 0 for one without links.
 std::vector<double> bestCoherences(const Links& links, std::size_t recordings);
 
-// Fills in `relative`, `rival` and the verdict on each link by itself: accepted, weak or ambiguous.
-// Requires links as sayingLinks leaves them and their bestCoherences.
+// Fills in `relative`, `rival`, `doubt` and the verdict on each link by itself: accepted, weak or
+// ambiguous. Requires links as sayingLinks leaves them and their bestCoherences.
 Links judgeLinks(Links links, const std::vector<double>& best);
 
 // True if the two are alike only at times though both have sound all the time: the same song

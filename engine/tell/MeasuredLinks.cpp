@@ -25,6 +25,8 @@ const char* reasonOf(const Link& link)
 {
     if (link.verdict == Verdict::forbidden && link.isDeviceClash)
         return "one device would have been in two places at once";
+    if (link.verdict == Verdict::ambiguous && link.doubt == Doubt::littleHeard)
+        return "too little is heard in both to tell";
     return reasons[static_cast<std::size_t>(link.verdict)];
 }
 

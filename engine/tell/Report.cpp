@@ -137,6 +137,14 @@ bool hasLink(const Links& links, std::size_t position, Verdict verdict, bool isD
     });
 }
 
+bool hasDoubt(const Links& links, std::size_t position, Doubt doubt)
+{
+    return std::any_of(links.begin(), links.end(), [&](const Link& link) {
+        return (link.first == position || link.second == position) &&
+               link.verdict == Verdict::ambiguous && link.doubt == doubt;
+    });
+}
+
 // Why a recording that could be read has no place. What would be known but for the user or the
 // device says more than what the sound leaves open.
 const char* reasonForNoPlace(const Recording& recording, const Links& links, std::size_t position)
@@ -147,8 +155,10 @@ const char* reasonForNoPlace(const Recording& recording, const Links& links, std
         return "kept apart by the user from what it has in common with others";
     if (hasLink(links, position, Verdict::forbidden, true))
         return "its sound has a place only where its device would be in two places at once";
-    if (hasLink(links, position, Verdict::ambiguous, false))
+    if (hasDoubt(links, position, Doubt::none))
         return "no certain place: the sound repeats, and more than one offset fits";
+    if (hasDoubt(links, position, Doubt::littleHeard))
+        return "no certain place: too little is heard that others have as well";
     return "no sound in common with any other";
 }
 

@@ -13,6 +13,7 @@ using links::linkOf;
 using testing::ElementsAre;
 using vxlsync::Alignment;
 using vxlsync::bestCoherences;
+using vxlsync::Doubt;
 using vxlsync::isFinite;
 using vxlsync::judgeLinks;
 using vxlsync::Link;
@@ -31,15 +32,21 @@ struct Case {
     double agreement = 1.0;
     double significance = 1000.0;
     double overlap = 50.0;
+    double heardSeconds = 25.0;
 
-    Verdict verdict() const
+    Verdict verdict() const { return judged().verdict; }
+    Doubt doubt() const { return judged().doubt; }
+
+private:
+    Link judged() const
     {
         Links links{linkOf(0, 1, 0.0, coherence, agreement)};
         links[0].line.end = overlap;
         links[0].line.significance = significance;
+        links[0].line.heardSeconds = heardSeconds;
         if (rival > 0.0) links.push_back(linkOf(0, 1, 8.0, rival * coherence));
         const double best = coherence / relative;
-        return judgeLinks(links, {best, best})[0].verdict;
+        return judgeLinks(links, {best, best})[0];
     }
 };
 
@@ -149,6 +156,17 @@ TEST(Verdict, AsksForTheMoreEvidenceTheShorterTheOverlapIs)
     }
 }
 
+TEST(Verdict, IsAmbiguousWhereHardlyMoreThanAClickIsHeard)
+{
+    Case link;
+    link.heardSeconds = 0.91;
+    EXPECT_EQ(link.verdict(), Verdict::accepted);
+    EXPECT_EQ(link.doubt(), Doubt::none);
+    link.heardSeconds = 0.89;
+    EXPECT_EQ(link.verdict(), Verdict::ambiguous);
+    EXPECT_EQ(link.doubt(), Doubt::littleHeard);
+}
+
 TEST(JudgeLinks, MeasuresAgainstTheLowerOfTheTwoBests)
 {
     const Links judged = judgeLinks({linkOf(0, 1, 10.0, 0.25)}, {0.5, 1.0});
@@ -195,7 +213,7 @@ TEST(IsFinite, LooksAtEveryNumberThatIsWorkedWith)
     for (double Alignment::*number :
          {&Alignment::middle, &Alignment::offset, &Alignment::slope, &Alignment::offsetError,
           &Alignment::slopeError, &Alignment::start, &Alignment::end, &Alignment::coherence,
-          &Alignment::significance, &Alignment::agreement}) {
+          &Alignment::significance, &Alignment::agreement, &Alignment::heardSeconds}) {
         Alignment line;
         line.*number = std::numeric_limits<double>::quiet_NaN();
         EXPECT_FALSE(isFinite(line));

@@ -245,6 +245,15 @@ TEST(Report, CallsNothingSilentThatCouldBeHeard)
     EXPECT_EQ(reasonOf(job), "no sound in common with any other");
 }
 
+TEST(Report, SaysWhatMakesAPlaceDoubtful)
+{
+    Job job(2);
+    job.decision.links = {linkOf(0, 1, Verdict::ambiguous)};
+    job.decision.links[0].doubt = vxlsync::Doubt::littleHeard;
+    EXPECT_EQ(job.reported().alone[0].reason,
+              "no certain place: too little is heard that others have as well");
+}
+
 TEST(Report, SaysThatTheSoundRepeats)
 {
     Job job(3);
