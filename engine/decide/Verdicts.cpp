@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <optional>
+#include <tuple>
 
 #include "decide/Ramp.h"
 
@@ -44,6 +46,20 @@ constexpr Ramp neededSignificanceBySeconds{4.0, 40.0, 12.0, 18.0};
 // that are silent otherwise may well hear the same; of three seconds of speech more are heard.
 constexpr double leastHeardSeconds = 0.9;
 
+// Two recordings may be of one device, which is never in two places at once: what they have in
+// common is then a repeat. They may if their clocks are the same to less than two devices' are in
+// all but a few pairs, the link telling the difference so well, ...
+constexpr double oneClockSlope = 0.5e-6;
+constexpr double oneClockErrors = 3.0;
+constexpr double tellingSlopeError = 0.6e-6;
+// ... if they are not as coherent as the same sound mostly is, ...
+constexpr double sameSoundCoherence = 0.6;
+// ... and if the sound is seen to repeat, by the rival.
+constexpr double repeatingRival = 0.3;
+// A third recording that lies to both as the link says settles it: a repeat of one device has no
+// such witness. Three links that fit differ by no more, in seconds, clocks that drift included.
+constexpr double witnessTolerance = 0.005;
+
 // Parts of the strength: a rival as good as the link leaves this share of it less ...
 constexpr double rivalDiscount = 0.7;
 // ... significance above this adds no more than an order among links that are alike otherwise.
@@ -62,9 +78,19 @@ double greatestRival(double coherence)
                                                      : greatestRivalByCoherence.at(coherence);
 }
 
+// A repeat that one device recorded twice is as long, as wide and as steady as a shared scene is.
+bool mayBeOneDevice(const Link& link)
+{
+    const Alignment& line = link.line;
+    const double sameClock = std::max(oneClockSlope, oneClockErrors * line.slopeError);
+    return line.slopeError < tellingSlopeError && std::fabs(line.slope) < sameClock &&
+           line.coherence < sameSoundCoherence && link.rival >= repeatingRival;
+}
+
 Doubt doubtOf(const Link& link)
 {
-    return link.line.heardSeconds < leastHeardSeconds ? Doubt::littleHeard : Doubt::none;
+    if (link.line.heardSeconds < leastHeardSeconds) return Doubt::littleHeard;
+    return mayBeOneDevice(link) ? Doubt::oneDevice : Doubt::none;
 }
 
 // Requires a link whose doubt is known.
@@ -79,6 +105,45 @@ Verdict verdictOf(const Link& link)
                                 ? distinctionOf(link) >= leastDistinction
                                 : link.rival <= greatestRival(line.coherence);
     return isDistinct ? Verdict::accepted : Verdict::ambiguous;
+}
+
+// Of each pair the best link that is not weak, by pair. Borrowed.
+using BestLinks = std::vector<const Link*>;
+
+// Requires judged links.
+BestLinks bestLinksOf(const Links& links)
+{
+    BestLinks best;
+    for (std::size_t i = 0; i < links.size(); ++i) {
+        const bool isBestOfPair = i == 0 || !links[i].isOfPair(links[i - 1]);
+        if (isBestOfPair && links[i].verdict != Verdict::weak) best.push_back(&links[i]);
+    }
+    return best;
+}
+
+// By the best link of the two; empty if they have none.
+std::optional<double> offsetBetween(const BestLinks& best, std::size_t from, std::size_t to)
+{
+    const std::size_t first = std::min(from, to);
+    const std::size_t second = std::max(from, to);
+    const auto link = std::lower_bound(best.begin(), best.end(), std::tie(first, second),
+                                       [](const Link* left, const auto& right) {
+                                           return std::tie(left->first, left->second) < right;
+                                       });
+    if (link == best.end() || (*link)->first != first || (*link)->second != second)
+        return std::nullopt;
+    return from == first ? (*link)->line.offset : -(*link)->line.offset;
+}
+
+bool hasWitness(const Link& link, const BestLinks& best, std::size_t recordings)
+{
+    for (std::size_t third = 0; third < recordings; ++third) {
+        const std::optional<double> there = offsetBetween(best, link.first, third);
+        const std::optional<double> back = offsetBetween(best, third, link.second);
+        if (there && back && std::fabs(*there + *back - link.line.offset) <= witnessTolerance)
+            return true;
+    }
+    return false;
 }
 
 // Coherence of the next best link of the pair, or of the best for all others, against the link's
@@ -133,6 +198,12 @@ Links judgeLinks(Links links, const std::vector<double>& best)
             link->verdict = verdictOf(*link);
         }
         begin = end;
+    }
+    const BestLinks bestLinks = bestLinksOf(links);
+    for (Link& link : links) {
+        if (link.doubt != Doubt::oneDevice || !hasWitness(link, bestLinks, best.size())) continue;
+        link.doubt = Doubt::none;
+        link.verdict = verdictOf(link);
     }
     return links;
 }

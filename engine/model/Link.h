@@ -15,6 +15,8 @@ enum class Doubt {
     none,
     // Hardly more is heard than a click.
     littleHeard,
+    // Its recordings may be of one device, and what they have in common a repeat.
+    oneDevice,
 };
 
 // One way in which two recordings may lie to each other. Matching fills in what was measured, and

@@ -27,6 +27,8 @@ const char* reasonOf(const Link& link)
         return "one device would have been in two places at once";
     if (link.verdict == Verdict::ambiguous && link.doubt == Doubt::littleHeard)
         return "too little is heard in both to tell";
+    if (link.verdict == Verdict::ambiguous && link.doubt == Doubt::oneDevice)
+        return "the sound repeats and the clocks are the same: perhaps one device at two times";
     return reasons[static_cast<std::size_t>(link.verdict)];
 }
 

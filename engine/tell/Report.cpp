@@ -155,6 +155,9 @@ const char* reasonForNoPlace(const Recording& recording, const Links& links, std
         return "kept apart by the user from what it has in common with others";
     if (hasLink(links, position, Verdict::forbidden, true))
         return "its sound has a place only where its device would be in two places at once";
+    if (hasDoubt(links, position, Doubt::oneDevice))
+        return "no certain place: the sound repeats, and the clock is that of another recording: "
+               "perhaps one device at two times";
     if (hasDoubt(links, position, Doubt::none))
         return "no certain place: the sound repeats, and more than one offset fits";
     if (hasDoubt(links, position, Doubt::littleHeard))

@@ -33,6 +33,8 @@ struct Case {
     double significance = 1000.0;
     double overlap = 50.0;
     double heardSeconds = 25.0;
+    double slope = 0.0;
+    double slopeError = 1e-6;
 
     Verdict verdict() const { return judged().verdict; }
     Doubt doubt() const { return judged().doubt; }
@@ -44,6 +46,8 @@ private:
         links[0].line.end = overlap;
         links[0].line.significance = significance;
         links[0].line.heardSeconds = heardSeconds;
+        links[0].line.slope = slope;
+        links[0].line.slopeError = slopeError;
         if (rival > 0.0) links.push_back(linkOf(0, 1, 8.0, rival * coherence));
         const double best = coherence / relative;
         return judgeLinks(links, {best, best})[0];
@@ -165,6 +169,81 @@ TEST(Verdict, IsAmbiguousWhereHardlyMoreThanAClickIsHeard)
     link.heardSeconds = 0.89;
     EXPECT_EQ(link.verdict(), Verdict::ambiguous);
     EXPECT_EQ(link.doubt(), Doubt::littleHeard);
+}
+
+// Two recordings of one clock whose sound repeats.
+Case repeatOfOneDevice()
+{
+    Case link;
+    link.coherence = 0.59;
+    link.rival = 0.31;
+    link.slope = 0.49e-6;
+    link.slopeError = 0.1e-6;
+    return link;
+}
+
+TEST(Verdict, IsAmbiguousWhereTheTwoMayBeOneDevice)
+{
+    EXPECT_EQ(repeatOfOneDevice().verdict(), Verdict::ambiguous);
+    EXPECT_EQ(repeatOfOneDevice().doubt(), Doubt::oneDevice);
+    Case backwards = repeatOfOneDevice();
+    backwards.slope = -0.49e-6;
+    EXPECT_EQ(backwards.doubt(), Doubt::oneDevice);
+}
+
+TEST(Verdict, TakesTwoForOneDeviceOnlyIfTheirClocksAreTheSame)
+{
+    Case link = repeatOfOneDevice();
+    link.slope = 0.51e-6;
+    EXPECT_EQ(link.verdict(), Verdict::accepted);
+    // Three errors of 0.2 are 0.6.
+    link.slopeError = 0.2e-6;
+    link.slope = 0.59e-6;
+    EXPECT_EQ(link.verdict(), Verdict::ambiguous);
+    link.slope = 0.61e-6;
+    EXPECT_EQ(link.verdict(), Verdict::accepted);
+    link = repeatOfOneDevice();
+    link.slopeError = 0.61e-6;
+    EXPECT_EQ(link.verdict(), Verdict::accepted);
+    link.slopeError = 0.59e-6;
+    EXPECT_EQ(link.verdict(), Verdict::ambiguous);
+}
+
+TEST(Verdict, TakesTwoForOneDeviceOnlyIfTheirSoundIsARepeat)
+{
+    Case same = repeatOfOneDevice();
+    same.coherence = 0.61;
+    EXPECT_EQ(same.verdict(), Verdict::accepted);
+    Case single = repeatOfOneDevice();
+    single.rival = 0.29;
+    EXPECT_EQ(single.verdict(), Verdict::accepted);
+}
+
+// What repeatOfOneDevice says of 0 and 1, and what a third recording says of both: 2 begins 10 s
+// after 0, and 1 `miss` later than 10 s before 2.
+Link judgedWithThird(double miss, double coherenceOfThird = 0.9)
+{
+    const Case repeat = repeatOfOneDevice();
+    Links links{linkOf(0, 1, 0.0, repeat.coherence),
+                linkOf(0, 1, 8.0, repeat.rival * repeat.coherence),
+                linkOf(0, 2, 10.0, coherenceOfThird), linkOf(1, 2, 10.0 - miss, coherenceOfThird)};
+    links[0].line.slope = repeat.slope;
+    links[0].line.slopeError = repeat.slopeError;
+    return judgeLinks(links, {0.6, 0.6, 0.9})[0];
+}
+
+TEST(JudgeLinks, BelievesThatTwoAreNotOneDeviceWhereAThirdLiesToBothAsTheySay)
+{
+    EXPECT_EQ(judgedWithThird(0.004).verdict, Verdict::accepted);
+    EXPECT_EQ(judgedWithThird(0.004).doubt, Doubt::none);
+    EXPECT_EQ(judgedWithThird(-0.006).verdict, Verdict::ambiguous);
+    EXPECT_EQ(judgedWithThird(-0.006).doubt, Doubt::oneDevice);
+}
+
+TEST(JudgeLinks, TakesNoWitnessThatIsWeakItself)
+{
+    // Coherences of 0.25 are below half of what the recordings reach with others, 0.6.
+    EXPECT_EQ(judgedWithThird(0.0, 0.25).doubt, Doubt::oneDevice);
 }
 
 TEST(JudgeLinks, MeasuresAgainstTheLowerOfTheTwoBests)

@@ -172,6 +172,9 @@ TEST(MeasuredLink, SaysWhatMakesItDoubtful)
 
     link.doubt = vxlsync::Doubt::littleHeard;
     EXPECT_EQ(measuredLinkOf(link, {0, 1}).reason, "too little is heard in both to tell");
+    link.doubt = vxlsync::Doubt::oneDevice;
+    EXPECT_EQ(measuredLinkOf(link, {0, 1}).reason,
+              "the sound repeats and the clocks are the same: perhaps one device at two times");
     link.verdict = Verdict::confirmed;
     EXPECT_EQ(measuredLinkOf(link, {0, 1}).reason, "agrees with the other links of the group");
 }

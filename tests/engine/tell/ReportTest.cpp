@@ -252,6 +252,10 @@ TEST(Report, SaysWhatMakesAPlaceDoubtful)
     job.decision.links[0].doubt = vxlsync::Doubt::littleHeard;
     EXPECT_EQ(job.reported().alone[0].reason,
               "no certain place: too little is heard that others have as well");
+    job.decision.links[0].doubt = vxlsync::Doubt::oneDevice;
+    EXPECT_EQ(job.reported().alone[1].reason,
+              "no certain place: the sound repeats, and the clock is that of another recording: "
+              "perhaps one device at two times");
 }
 
 TEST(Report, SaysThatTheSoundRepeats)
