@@ -52,8 +52,10 @@ constexpr double leastHeardSeconds = 0.9;
 constexpr double oneClockSlope = 0.5e-6;
 constexpr double oneClockErrors = 3.0;
 constexpr double tellingSlopeError = 0.6e-6;
-// ... if they are not as coherent as the same sound mostly is, ...
+// ... if they are not as coherent as the same sound mostly is; where they are no more so than a
+// repeat, it need not be told how far the clocks differ, ...
 constexpr double sameSoundCoherence = 0.6;
+constexpr double repeatCoherence = 0.5;
 // ... and if the sound is seen to repeat, by the rival.
 constexpr double repeatingRival = 0.3;
 // A third recording that lies to both as the link says settles it: a repeat of one device has no
@@ -83,8 +85,9 @@ bool mayBeOneDevice(const Link& link)
 {
     const Alignment& line = link.line;
     const double sameClock = std::max(oneClockSlope, oneClockErrors * line.slopeError);
-    return line.slopeError < tellingSlopeError && std::fabs(line.slope) < sameClock &&
-           line.coherence < sameSoundCoherence && link.rival >= repeatingRival;
+    const bool isSuspect = line.slopeError < tellingSlopeError || line.coherence < repeatCoherence;
+    return isSuspect && std::fabs(line.slope) < sameClock && line.coherence < sameSoundCoherence &&
+           link.rival >= repeatingRival;
 }
 
 Doubt doubtOf(const Link& link)

@@ -36,6 +36,14 @@ struct SourceFacts {
     std::vector<std::string> notes;
 };
 
+/// How sure a place is.
+enum class Confidence {
+    /// Much speaks for it, and for no other.
+    certain,
+    /// Little speaks for it, or something for another.
+    likely,
+};
+
 /// One recording in its place. Its sound at time t, in seconds of its own, happened at
 /// offsetSeconds + t * (1 + driftPpm / 1e6), counted from the start of the earliest recording of
 /// its group on the clock of the group's reference.

@@ -33,7 +33,7 @@ struct Case {
     double significance = 1000.0;
     double overlap = 50.0;
     double heardSeconds = 25.0;
-    double slope = 0.0;
+    double slope = 5e-6;
     double slopeError = 1e-6;
 
     Verdict verdict() const { return judged().verdict; }
@@ -204,6 +204,10 @@ TEST(Verdict, TakesTwoForOneDeviceOnlyIfTheirClocksAreTheSame)
     EXPECT_EQ(link.verdict(), Verdict::accepted);
     link = repeatOfOneDevice();
     link.slopeError = 0.61e-6;
+    EXPECT_EQ(link.verdict(), Verdict::accepted);
+    link.coherence = 0.49;
+    EXPECT_EQ(link.verdict(), Verdict::ambiguous);
+    link.coherence = 0.51;
     EXPECT_EQ(link.verdict(), Verdict::accepted);
     link.slopeError = 0.59e-6;
     EXPECT_EQ(link.verdict(), Verdict::ambiguous);
