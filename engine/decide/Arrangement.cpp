@@ -8,10 +8,6 @@ namespace vxlsync
 namespace
 {
 
-// Seconds by which two recordings of one device may seem to overlap: clocks and lengths of files
-// are rounded, and a device that splits its recording may write the seam into both files.
-constexpr double deviceToleranceSeconds = 0.5;
-
 Groups groupsOfKnown(const Constraints& constraints)
 {
     Groups groups(constraints.durations.size());
@@ -30,6 +26,7 @@ Arrangement::Arrangement(const Constraints& newConstraints, const PairKnowledge&
     : constraints(newConstraints),
       knowledge(newKnown),
       scales(newKnown),
+      devices(newConstraints),
       placed(groupsOfKnown(newConstraints)),
       carries(newKnown.links.size()),
       byRecording(newConstraints.durations.size()),
@@ -83,21 +80,22 @@ bool Arrangement::isUnwanted(const Join& join) const
 
 bool Arrangement::isDeviceTwice(const std::vector<ImpliedPair>& pairs) const
 {
-    const std::vector<std::string>& devices = constraints.devices;
-    return std::any_of(pairs.begin(), pairs.end(), [&](const ImpliedPair& pair) {
-        return pair.line.overlap > deviceToleranceSeconds && !devices[pair.first].empty() &&
-               devices[pair.first] == devices[pair.second];
-    });
+    return devices.isTwice(pairs);
+}
+
+bool Arrangement::isBackedByClocks(const std::vector<ImpliedPair>& pairs) const
+{
+    return devices.backs(pairs, placed);
 }
 
 Evidence Arrangement::byLinks(const std::vector<ImpliedPair>& pairs) const
 {
-    return scales.byLinks(pairs);
+    return scales.byLinks(pairs) + devices.weigh(pairs, placed);
 }
 
 Evidence Arrangement::closely(const std::vector<ImpliedPair>& pairs)
 {
-    return scales.closely(pairs);
+    return scales.closely(pairs) + devices.weigh(pairs, placed);
 }
 
 void Arrangement::unite(const Join& join, std::size_t link)

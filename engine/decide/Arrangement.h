@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "decide/Constraints.h"
+#include "decide/Devices.h"
 #include "decide/Groups.h"
 #include "decide/Weigh.h"
 #include "model/Link.h"
@@ -45,6 +46,8 @@ public:
     std::vector<ImpliedPair> pairsOf(const Join& join) const;
     bool isUnwanted(const Join& join) const;
     bool isDeviceTwice(const std::vector<ImpliedPair>& pairs) const;
+    // True if the clock of a device says what the pairs imply.
+    bool isBackedByClocks(const std::vector<ImpliedPair>& pairs) const;
     // What speaks for and against the pairs, links that are not there being looked for or not.
     Evidence byLinks(const std::vector<ImpliedPair>& pairs) const;
     Evidence closely(const std::vector<ImpliedPair>& pairs);
@@ -65,6 +68,7 @@ private:
     const Constraints& constraints;
     PairKnowledge knowledge;
     Scales scales;
+    Devices devices;
     Groups placed;
     // By link: true if groups were joined by it and have not been parted.
     std::vector<bool> carries;

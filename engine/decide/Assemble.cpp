@@ -45,7 +45,9 @@ bool tryJoin(Joining& joining, std::size_t index)
     if (planned.into == planned.from) return false;
     const bool standsAlone = link.verdict == Verdict::accepted;
     const std::vector<ImpliedPair> pairs = arrangement.pairsOf(planned);
-    if (!standsAlone && !areBackedByLinks(pairs, arrangement.known())) return false;
+    if (!standsAlone && !areBackedByLinks(pairs, arrangement.known()) &&
+        !arrangement.isBackedByClocks(pairs))
+        return false;
 
     const bool isUserAgainst = arrangement.isUnwanted(planned);
     link.isDeviceClash = !isUserAgainst && arrangement.isDeviceTwice(pairs);
@@ -112,9 +114,15 @@ Assembly assemble(Links links, const Constraints& constraints, const Examine& ex
     joinBacked(joining);
     improve(joining.arrangement);
     joinBacked(joining);
-    partDoubtful(joining.arrangement);
     for (std::size_t i = 0; i < judged.size(); ++i)
         judged[i].verdict = settledVerdict(i, joining);
+    partDoubtful(joining.arrangement);
+    // What was used until then is right or wrong, and nobody knows.
+    for (Link& link : judged) {
+        const Groups& groups = joining.arrangement.groups();
+        if (link.isUsed() && groups.groupOf(link.first) != groups.groupOf(link.second))
+            link.verdict = Verdict::ambiguous;
+    }
     std::vector<Certainty> certainties = certaintiesOf(joining.arrangement);
     std::vector<Doubtful> doubtful = doubtfulOf(joining.arrangement);
     return {joining.arrangement.groups().all(), std::move(judged), std::move(certainties),

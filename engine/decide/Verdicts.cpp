@@ -203,10 +203,13 @@ Links judgeLinks(Links links, const std::vector<double>& best)
         begin = end;
     }
     const BestLinks bestLinks = bestLinksOf(links);
-    for (Link& link : links) {
-        if (link.doubt != Doubt::oneDevice || !hasWitness(link, bestLinks, best.size())) continue;
+    for (const Link* found : bestLinks) {
+        Link& link = links[static_cast<std::size_t>(found - links.data())];
+        if (link.verdict != Verdict::ambiguous || link.doubt == Doubt::littleHeard ||
+            !hasWitness(link, bestLinks, best.size()))
+            continue;
         link.doubt = Doubt::none;
-        link.verdict = verdictOf(link);
+        link.verdict = Verdict::accepted;
     }
     return links;
 }

@@ -75,6 +75,11 @@ Evidence lookClosely(const ImpliedPair& pair, const PairKnowledge& known)
 
 } // namespace
 
+Evidence operator+(const Evidence& left, const Evidence& right)
+{
+    return {left.support + right.support, left.against + right.against};
+}
+
 Evidence evidenceOf(const Alignment& line, double relative)
 {
     const double band = static_cast<double>(line.bands) / std::max(1, line.allBands);
@@ -133,11 +138,8 @@ Evidence Scales::closely(const std::vector<ImpliedPair>& pairs)
                          return left->line.overlap > right->line.overlap;
                      });
     if (open.size() > mostLooks) open.resize(mostLooks);
-    for (const ImpliedPair* pair : open) {
-        const Evidence evidence = lookAt(*pair);
-        sum.support += evidence.support;
-        sum.against += evidence.against;
-    }
+    for (const ImpliedPair* pair : open)
+        sum = sum + lookAt(*pair);
     return sum;
 }
 

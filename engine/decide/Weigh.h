@@ -38,6 +38,8 @@ struct Evidence {
     double balance() const { return support - against; }
 };
 
+Evidence operator+(const Evidence& left, const Evidence& right);
+
 // What the line along which two recordings were measured says of their place: the seconds that
 // agree, in as much of the band as agrees, times how much more coherent than a repeat they are;
 // against it the seconds that differ. `relative` is the coherence against the lower of the bests

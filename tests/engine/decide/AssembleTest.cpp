@@ -408,6 +408,56 @@ TEST(Assemble, KeepsTheLinkThatAJoinStandsOn)
     EXPECT_THAT(verdictsOf(assembly), ElementsAre(Verdict::accepted));
 }
 
+TEST(Assemble, CallsAmbiguousWhatHasNoMargin)
+{
+    // Good enough for a pair by itself, where 0.92 * 0.92 - 0.6 of 26 s stands against 0.4 of 25.
+    const Assembly assembly = assemble({linkOf(0, 1, 10.0, 0.6), linkOf(0, 1, 8.0, 0.92 * 0.6)},
+                                       constraintsOf(2), nothing);
+
+    EXPECT_THAT(assembly.groups, ElementsAre(ElementsAre(0), ElementsAre(1)));
+    EXPECT_THAT(verdictsOf(assembly), ElementsAre(Verdict::ambiguous, Verdict::contradicted));
+    EXPECT_EQ(assembly.doubtful.size(), 2u);
+}
+
+TEST(Assemble, TellsHowCertainPlacesAre)
+{
+    const Assembly assembly = assemble({linkOf(0, 1, 10.0, 0.6)}, constraintsOf(3), nothing);
+
+    EXPECT_EQ(assembly.certainties.size(), 3u);
+    // 25 s times 0.4.
+    EXPECT_NEAR(assembly.certainties[1].evidence, 10.0, 1e-9);
+    EXPECT_TRUE(assembly.doubtful.empty());
+}
+
+TEST(Assemble, SettlesALoopByTheClockOfADevice)
+{
+    // 0, 2 and 3 are of one camera; 3 has two equal places beside 1, and the clock says the second.
+    Constraints constraints = constraintsOf(4);
+    constraints.durations[1] = 300.0;
+    constraints.likelyDevices = {"camera", "", "camera", "camera"};
+    constraints.clockStarts = {1000.0, std::nullopt, 1100.0, 1200.0};
+    const vxlsync::Links links{linkOf(0, 1, -10.0, 0.6), linkOf(1, 2, 110.0 - 60.0, 0.6)};
+    vxlsync::Links all = links;
+    for (const double offset : {202.0, 210.0}) {
+        vxlsync::Link link = linkOf(1, 3, 10.0, 0.6);
+        link.line.offset = offset;
+        link.line.start = offset;
+        link.line.end = offset + 60.0;
+        link.line.middle = offset + 30.0;
+        all.push_back(link);
+    }
+    all[1].line.offset = 110.0;
+    all[1].line.start = 110.0;
+    all[1].line.end = 170.0;
+    all[1].line.middle = 140.0;
+
+    const Assembly assembly = assemble(all, constraints, nothing);
+
+    EXPECT_THAT(assembly.groups, ElementsAre(ElementsAre(0, 1, 2, 3)));
+    EXPECT_EQ(assembly.links[2].verdict, Verdict::contradicted);
+    EXPECT_EQ(assembly.links[3].verdict, Verdict::confirmed);
+}
+
 TEST(Assemble, LeavesOutLinksThatAreNotFinite)
 {
     vxlsync::Link broken = linkOf(0, 1, 10.0, 0.6);

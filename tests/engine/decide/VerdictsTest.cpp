@@ -244,6 +244,27 @@ TEST(JudgeLinks, BelievesThatTwoAreNotOneDeviceWhereAThirdLiesToBothAsTheySay)
     EXPECT_EQ(judgedWithThird(-0.006).doubt, Doubt::oneDevice);
 }
 
+TEST(JudgeLinks, BelievesTheBestOfNearlyEqualPlacesWhereAThirdLiesToBothAsItSays)
+{
+    for (const double miss : {0.004, 0.006}) {
+        const Links judged = judgeLinks({linkOf(0, 1, 0.0, 0.5), linkOf(0, 1, 8.0, 0.49),
+                                         linkOf(0, 2, 10.0, 0.5), linkOf(0, 2, 18.0, 0.49),
+                                         linkOf(1, 2, 10.0 - miss, 0.5), linkOf(1, 2, 2.0, 0.49)},
+                                        {0.5, 0.5, 0.5});
+        const Verdict expected = miss < 0.005 ? Verdict::accepted : Verdict::ambiguous;
+        EXPECT_EQ(judged[0].verdict, expected);
+        EXPECT_EQ(judged[4].verdict, expected);
+        EXPECT_EQ(judged[1].verdict, Verdict::ambiguous);
+    }
+}
+
+TEST(JudgeLinks, TakesNoWitnessForWhatIsHardlyHeard)
+{
+    Links links{linkOf(0, 1, 0.0, 0.5), linkOf(0, 2, 10.0, 0.5), linkOf(1, 2, 10.0, 0.5)};
+    links[0].line.heardSeconds = 0.5;
+    EXPECT_EQ(judgeLinks(links, {0.5, 0.5, 0.5})[0].doubt, Doubt::littleHeard);
+}
+
 TEST(JudgeLinks, TakesNoWitnessThatIsWeakItself)
 {
     // Coherences of 0.25 are below half of what the recordings reach with others, 0.6.
