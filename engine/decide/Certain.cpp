@@ -43,7 +43,8 @@ Certainty certaintyOf(const std::vector<Standing>& standings)
     for (const Standing& standing : standings) {
         certainty.margin = std::min(certainty.margin, standing.margin());
         certainty.evidence = std::min(certainty.evidence, standing.here);
-        if (standing.margin() < certainMargin || standing.here < certainEvidence)
+        if (standing.margin() < certainMargin || standing.here < certainEvidence ||
+            !standing.isWitnessed)
             certainty.confidence = Confidence::likely;
     }
     return certainty;

@@ -6,6 +6,7 @@
 
 #include "decide/Elsewhere.h"
 #include "decide/Ties.h"
+#include "decide/Verdicts.h"
 
 namespace vxlsync
 {
@@ -89,6 +90,21 @@ std::optional<Place> bestOf(const std::vector<Alternative>& alternatives, double
     return best;
 }
 
+// What speaks for the pairs, told by how many of them say so themselves.
+Standing witnessed(const std::vector<ImpliedPair>& pairs, const PairKnowledge& known)
+{
+    std::vector<const Link*> witnesses;
+    for (const ImpliedPair& pair : pairs) {
+        const Link* link = agreeingLink(pair, known);
+        if (link != nullptr && weightOf(*link) > 0.0) witnesses.push_back(link);
+    }
+    Standing standing;
+    standing.isWitnessed =
+        witnesses.size() > 1 || (witnesses.size() == 1 && !mayBeRepeat(witnesses.front()->line));
+    standing.isDoubted = witnesses.size() == 1 && doubtOf(*witnesses.front()) != Doubt::none;
+    return standing;
+}
+
 // True if the part is better elsewhere, or by itself, and is so now.
 bool move(const std::vector<std::size_t>& part, Arrangement& arrangement)
 {
@@ -140,7 +156,7 @@ Standing standingOf(const std::vector<std::size_t>& part, Arrangement& arrangeme
 {
     const Parting parting = arrangement.part(part);
     const std::vector<ImpliedPair> pairs = arrangement.pairsOf(parting.back);
-    Standing standing;
+    Standing standing = witnessed(pairs, arrangement.known());
     standing.here = arrangement.closely(pairs).balance() + arrangement.carriedBy(parting);
     for (const Alternative& alternative : alternativesTo(parting, part, 0.0, arrangement)) {
         const bool isWorthLooking = alternative.byLinks > shareWorthLooking * standing.here;

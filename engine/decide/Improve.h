@@ -14,9 +14,13 @@ struct Standing {
     double here = 0.0;
     // 0 if nothing speaks for any other.
     double elsewhere = 0.0;
+    // True if several pairs say the same of the place, or one that can be no repeat.
+    bool isWitnessed = false;
+    // True if a single pair says it that is doubtful without others.
+    bool isDoubted = false;
 
     // 1 where no other place comes into question, 0 where one is as good.
-    double margin() const { return here > 0.0 ? 1.0 - elsewhere / here : 0.0; }
+    double margin() const { return here > 0.0 && !isDoubted ? 1.0 - elsewhere / here : 0.0; }
 };
 
 // Takes out single recordings and parts of groups, puts them where more speaks for them, and leaves

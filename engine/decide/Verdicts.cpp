@@ -46,6 +46,12 @@ constexpr Ramp neededSignificanceBySeconds{4.0, 40.0, 12.0, 18.0};
 // that are silent otherwise may well hear the same; of three seconds of speech more are heard.
 constexpr double leastHeardSeconds = 0.9;
 
+// Sound that is as steady as noise stands above no floor of its own. Two that agree in nearly all
+// of their windows hear it all the same; a click is in two or three of them.
+constexpr double fewestOfSteady = 8.0;
+constexpr double steadyAgreement = 0.9;
+constexpr double steadyShare = 0.1;
+
 // Two recordings may be of one device, which is never in two places at once: what they have in
 // common is then a repeat. They may if their clocks are the same to less than two devices' are in
 // all but a few pairs, the link telling the difference so well, ...
@@ -78,22 +84,6 @@ double greatestRival(double coherence)
 {
     return coherence < greatestRivalByCoherence.from ? greatestRivalOfUnlike
                                                      : greatestRivalByCoherence.at(coherence);
-}
-
-// A repeat that one device recorded twice is as long, as wide and as steady as a shared scene is.
-bool mayBeOneDevice(const Link& link)
-{
-    const Alignment& line = link.line;
-    const double sameClock = std::max(oneClockSlope, oneClockErrors * line.slopeError);
-    const bool isSuspect = line.slopeError < tellingSlopeError || line.coherence < repeatCoherence;
-    return isSuspect && std::fabs(line.slope) < sameClock && line.coherence < sameSoundCoherence &&
-           link.rival >= repeatingRival;
-}
-
-Doubt doubtOf(const Link& link)
-{
-    if (link.line.heardSeconds < leastHeardSeconds) return Doubt::littleHeard;
-    return mayBeOneDevice(link) ? Doubt::oneDevice : Doubt::none;
 }
 
 // Requires a link whose doubt is known.
@@ -212,6 +202,33 @@ Links judgeLinks(Links links, const std::vector<double>& best)
         link.verdict = Verdict::accepted;
     }
     return links;
+}
+
+bool mayBeRepeat(const Alignment& line)
+{
+    const double sameClock = std::max(oneClockSlope, oneClockErrors * line.slopeError);
+    return std::fabs(line.slope) < sameClock && line.coherence < sameSoundCoherence;
+}
+
+double heardSecondsOf(const Alignment& line)
+{
+    const auto agreeing =
+        std::count_if(line.windows.begin(), line.windows.end(),
+                      [](const AlignmentWindow& window) { return window.agrees; });
+    const auto count = static_cast<double>(line.windows.size());
+    const bool isSteady = count >= fewestOfSteady &&
+                          static_cast<double>(agreeing) >= steadyAgreement * count &&
+                          line.heardSeconds < steadyShare * line.overlap();
+    return isSteady ? line.overlap() : line.heardSeconds;
+}
+
+Doubt doubtOf(const Link& link)
+{
+    const Alignment& line = link.line;
+    if (heardSecondsOf(line) < leastHeardSeconds) return Doubt::littleHeard;
+    const bool isTold = line.slopeError < tellingSlopeError || line.coherence < repeatCoherence;
+    return isTold && mayBeRepeat(line) && link.rival >= repeatingRival ? Doubt::oneDevice
+                                                                       : Doubt::none;
 }
 
 bool isPartial(const Link& link)

@@ -28,6 +28,19 @@ Links judgeLinks(Links links, const std::vector<double>& best);
 // elsewhere. That speaks against a link, however strong it is. Requires a link that was judged.
 bool isPartial(const Link& link);
 
+// True if one device may have recorded the same sound at two times, by its clock and by how alike
+// the two are.
+bool mayBeRepeat(const Alignment& line);
+
+// Seconds in which both have sound of their own: what stands above their noise, or all that they
+// share where they agree all along in sound that is as steady as noise.
+double heardSecondsOf(const Alignment& line);
+
+// What makes the link doubtful as long as no third recording lies to both as it says: a repeat that
+// one device recorded twice is as long, as wide and as steady as a shared scene is. Requires a link
+// whose rival is known.
+Doubt doubtOf(const Link& link);
+
 // How far a link stands out, against its recordings' other partners and other offsets at once; from
 // 0 to 1. Requires a link that was judged.
 double distinctionOf(const Link& link);

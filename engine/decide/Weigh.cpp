@@ -83,12 +83,13 @@ Evidence operator+(const Evidence& left, const Evidence& right)
 Evidence evidenceOf(const Alignment& line, double relative)
 {
     const double band = static_cast<double>(line.bands) / std::max(1, line.allBands);
-    const double agreeing = line.agreement * line.heardSeconds * band;
+    const double heard = heardSecondsOf(line);
+    const double agreeing = line.agreement * heard * band;
     const double worth = std::min(1.0, relative) - repeatRelative;
     Evidence evidence;
     evidence.support = agreeing * std::max(0.0, worth);
-    evidence.against = agreeing * std::max(0.0, -worth) +
-                       repeatRelative * (1.0 - line.agreement) * line.heardSeconds;
+    evidence.against =
+        agreeing * std::max(0.0, -worth) + repeatRelative * (1.0 - line.agreement) * heard;
     return evidence;
 }
 

@@ -42,6 +42,19 @@ TEST(PartDoubtful, LeavesWhatHasAMargin)
     EXPECT_THAT(scene.arrangement.groups().all(), ElementsAre(ElementsAre(0, 1)));
 }
 
+TEST(PartDoubtful, PartsWhatOnlyOneDoubtfulPairSays)
+{
+    // A repeat of one clock, by its coherence, slope and rival; clear of it at another slope.
+    for (const double slope : {0.0, 5e-6}) {
+        vxlsync::Links links{linkOf(0, 1, 10.0, 0.4), linkOf(0, 1, 30.0, 0.2)};
+        links[0].line.slope = slope;
+        Scene scene(links, 2);
+        scene.join(0);
+        partDoubtful(scene.arrangement);
+        EXPECT_EQ(scene.arrangement.groups().all().size(), slope == 0.0 ? 2u : 1u);
+    }
+}
+
 TEST(PartDoubtful, LeavesWhatTheUserKnows)
 {
     Constraints constraints = constraintsOf(2);
@@ -71,6 +84,31 @@ TEST(Certainties, CallLikelyWhatHasASmallMargin)
     Scene scene(loopOf(0.88), 2);
     scene.join(0);
     EXPECT_EQ(certaintiesOf(scene.arrangement)[0].confidence, Confidence::likely);
+}
+
+// 0 and 1 alone, or with a third that lies to both as the link says.
+Confidence confidenceOf(double coherence, double slope, bool isWitnessed)
+{
+    vxlsync::Links links{linkOf(0, 1, 10.0, coherence)};
+    links[0].line.slope = slope;
+    if (isWitnessed) {
+        links.push_back(linkOf(0, 2, 20.0, 0.5));
+        links.push_back(linkOf(1, 2, 10.0, 0.5));
+    }
+    Scene scene(links, 3);
+    scene.join(0);
+    if (isWitnessed) scene.join(1);
+    return certaintiesOf(scene.arrangement)[1].confidence;
+}
+
+TEST(Certainties, CallLikelyWhatOneDeviceMayHaveRecordedTwice)
+{
+    // Clocks are told to a millionth, three errors of which count.
+    EXPECT_EQ(confidenceOf(0.59, 2.9e-6, false), Confidence::likely);
+    EXPECT_EQ(confidenceOf(0.59, 3.1e-6, false), Confidence::certain);
+    EXPECT_EQ(confidenceOf(0.61, 2.9e-6, false), Confidence::certain);
+    EXPECT_EQ(confidenceOf(0.59, 0.0, true), Confidence::certain);
+    EXPECT_EQ(confidenceOf(0.59, 0.0, false), Confidence::likely);
 }
 
 TEST(Certainties, CallLikelyWhatLittleSpeaksFor)

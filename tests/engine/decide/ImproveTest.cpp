@@ -142,7 +142,7 @@ TEST(Standing, TellsWhatSpeaksForThePlaceAndForTheBestOther)
 
 TEST(Standing, HasNoMarginWhereNothingSpeaksForThePlace)
 {
-    EXPECT_EQ((Standing{0.0, 0.0}).margin(), 0.0);
+    EXPECT_EQ((Standing{0.0, 0.0, true, false}).margin(), 0.0);
 }
 
 TEST(Standing, CountsNoOtherGroupThatTheRestMayJoinToo)

@@ -171,6 +171,24 @@ TEST(Verdict, IsAmbiguousWhereHardlyMoreThanAClickIsHeard)
     EXPECT_EQ(link.doubt(), Doubt::littleHeard);
 }
 
+TEST(HeardSeconds, AreAllThatIsSharedWhereSteadySoundAgreesAllAlong)
+{
+    // 50 s are shared, and 5 of them stand above the noise, or a little less.
+    const auto heard = [](std::size_t windows, std::size_t agreeing, double aboveNoise) {
+        Alignment line = linkOf(0, 1, 10.0, 0.5).line;
+        line.heardSeconds = aboveNoise;
+        line.windows.resize(windows);
+        for (std::size_t i = 0; i < agreeing; ++i)
+            line.windows[i].agrees = true;
+        return vxlsync::heardSecondsOf(line);
+    };
+    EXPECT_EQ(heard(20, 18, 4.9), 50.0);
+    EXPECT_EQ(heard(20, 17, 4.9), 4.9);
+    EXPECT_EQ(heard(20, 18, 5.1), 5.1);
+    EXPECT_EQ(heard(8, 8, 4.9), 50.0);
+    EXPECT_EQ(heard(7, 7, 4.9), 4.9);
+}
+
 // Two recordings of one clock whose sound repeats.
 Case repeatOfOneDevice()
 {
