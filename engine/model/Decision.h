@@ -42,7 +42,7 @@ struct PlacedGroup {
 };
 
 // A place that a recording may have, told by another.
-struct CandidatePlace {
+struct DoubtfulPlace {
     std::size_t with = 0;
     // In seconds after the start of the other.
     double start = 0.0;
@@ -54,7 +54,7 @@ struct CandidatePlace {
 struct Doubtful {
     std::size_t recording = 0;
     // The best first.
-    std::vector<CandidatePlace> candidates;
+    std::vector<DoubtfulPlace> candidates;
 };
 
 // What deciding hands to telling.

@@ -74,6 +74,8 @@ Json memberJson(const Member& member, const SourceFacts& facts)
     object["offsetUncertaintySeconds"] = member.offsetUncertaintySeconds;
     object["driftPpm"] = member.driftPpm;
     object["driftUncertaintyPpm"] = member.driftUncertaintyPpm;
+    object["confidence"] = nameOf(member.confidence);
+    object["margin"] = member.margin;
     object["durationSeconds"] = facts.durationSeconds;
     object["notes"] = facts.notes;
     return object;
@@ -91,13 +93,27 @@ Json groupJson(const Group& group, const std::vector<SourceFacts>& sources)
     return object;
 }
 
-Json aloneJson(const LeftOut& alone, const SourceFacts& facts)
+Json candidateJson(const CandidatePlace& candidate, const SourceFacts& with)
 {
+    Json object = Json::object();
+    addText(object, "with", with.path);
+    object["offsetSeconds"] = candidate.offsetSeconds;
+    object["evidenceSeconds"] = candidate.evidenceSeconds;
+    return object;
+}
+
+Json aloneJson(const LeftOut& alone, const std::vector<SourceFacts>& sources)
+{
+    const SourceFacts& facts = sources[alone.source];
+    Json candidates = Json::array();
+    for (const CandidatePlace& candidate : alone.candidates)
+        candidates.push_back(candidateJson(candidate, sources[candidate.with]));
     Json object = Json::object();
     addText(object, "name", facts.name);
     addText(object, "path", facts.path);
     object["durationSeconds"] = facts.durationSeconds;
     object["reason"] = alone.reason;
+    object["candidates"] = std::move(candidates);
     return object;
 }
 
@@ -118,7 +134,7 @@ std::string toJson(const Result& result)
         groups.push_back(groupJson(group, result.sources));
     Json alone = Json::array();
     for (const LeftOut& leftOut : result.alone)
-        alone.push_back(aloneJson(leftOut, result.sources[leftOut.source]));
+        alone.push_back(aloneJson(leftOut, result.sources));
     Json failed = Json::array();
     for (const LeftOut& leftOut : result.failed)
         failed.push_back(failedJson(leftOut, result.sources[leftOut.source]));

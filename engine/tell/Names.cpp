@@ -8,8 +8,9 @@ namespace vxlsync
 namespace
 {
 
-// In the order of Method and of Verdict.
+// In the order of their enumerations.
 constexpr const char* methodNames[] = {"landmarks", "correlation"};
+constexpr const char* confidenceNames[] = {"certain", "likely"};
 constexpr const char* verdictNames[] = {"accepted",  "confirmed",    "weak",
                                         "ambiguous", "contradicted", "forbidden"};
 
@@ -18,6 +19,11 @@ constexpr const char* verdictNames[] = {"accepted",  "confirmed",    "weak",
 const char* nameOf(Method method)
 {
     return methodNames[static_cast<std::size_t>(method)];
+}
+
+const char* nameOf(Confidence confidence)
+{
+    return confidenceNames[static_cast<std::size_t>(confidence)];
 }
 
 const char* nameOf(Verdict verdict)

@@ -70,10 +70,12 @@ Result everything()
     second.offsetUncertaintySeconds = 0.0625;
     second.driftPpm = -20.5;
     second.driftUncertaintyPpm = 0.25;
+    second.confidence = vxlsync::Confidence::likely;
+    second.margin = 0.5;
     group.members = {first, second};
     group.links = {linkOf(0, 1)};
     result.groups = {group};
-    result.alone = {{2, "silent"}};
+    result.alone = {{2, "no certain place", {{1, 12.5, 3.25}}}};
     result.refusedLinks = {linkOf(1, 2)};
     result.failed = {{3, "does not exist"}};
     return result;
@@ -97,6 +99,8 @@ TEST(Json, TellsMembersWithTheFactsOfTheirSources)
                             {"offsetUncertaintySeconds", 0.0625},
                             {"driftPpm", -20.5},
                             {"driftUncertaintyPpm", 0.25},
+                            {"confidence", "likely"},
+                            {"margin", 0.5},
                             {"durationSeconds", 20.0},
                             {"notes", {"ends early"}}}));
 }
@@ -131,10 +135,14 @@ TEST(Json, TellsTheRestBySource)
 
     EXPECT_EQ(result.at("version"), 2);
     EXPECT_EQ(result.at("groups").at(0).at("reference"), "a, \"b\".mp3");
-    EXPECT_EQ(result.at("alone").at(0), json({{"name", "alone"},
-                                              {"path", "alone.ogg"},
-                                              {"durationSeconds", 20.0},
-                                              {"reason", "silent"}}));
+    EXPECT_EQ(
+        result.at("alone").at(0),
+        json({{"name", "alone"},
+              {"path", "alone.ogg"},
+              {"durationSeconds", 20.0},
+              {"reason", "no certain place"},
+              {"candidates",
+               {{{"with", "a, \"b\".mp3"}, {"offsetSeconds", 12.5}, {"evidenceSeconds", 3.25}}}}}));
     EXPECT_EQ(result.at("refusedLinks").at(0).at("second"), "alone");
     EXPECT_EQ(result.at("failed").at(0),
               json({{"path", "gone.wav"}, {"reason", "does not exist"}}));
