@@ -79,6 +79,7 @@ std::vector<Certainty> certaintiesOf(Arrangement& arrangement)
         }
     }
     std::vector<Certainty> certainties;
+    certainties.reserve(standings.size());
     for (const std::vector<Standing>& ofOne : standings)
         certainties.push_back(certaintyOf(ofOne));
     return certainties;
