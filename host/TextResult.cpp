@@ -23,6 +23,8 @@ std::string counted(std::size_t count, const std::string& what)
     return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
 }
 
+constexpr double millisecondsPerSecond = 1000.0;
+
 std::string padded(const std::string& name, std::size_t width)
 {
     const std::string shown = printable(name);
@@ -51,8 +53,8 @@ void writeGroup(const Group& group, const Result& result, std::ostream& out)
     const std::size_t width = nameWidthOf(group.members, result);
     for (const Member& member : group.members) {
         const SourceFacts& source = result.sources[member.source];
-        out << fmt::format("{:14.4f} s  +-{:7.4f} s", member.offsetSeconds,
-                           member.offsetUncertaintySeconds);
+        out << fmt::format("{:14.4f} s  +-{:7.2f} ms", member.offsetSeconds,
+                           member.offsetUncertaintySeconds * millisecondsPerSecond);
         // Neither landmarks nor known starts tell how a clock runs.
         const bool isDriftUnknown = member.driftPpm == 0.0 && member.driftUncertaintyPpm == 0.0;
         if (isDriftUnknown && member.source != group.reference)
@@ -61,10 +63,20 @@ void writeGroup(const Group& group, const Result& result, std::ostream& out)
             out << "       reference";
         else
             out << fmt::format("  {:+10.2f} ppm", member.driftPpm);
-        out << "  " << padded(source.name, width) << "  " << printable(source.path)
-            << shownDevice(source) << '\n';
+        out << "  " << fmt::format("{:7}", nameOf(member.confidence)) << "  "
+            << padded(source.name, width) << "  " << printable(source.path) << shownDevice(source)
+            << '\n';
         for (const std::string& note : source.notes)
             out << "                    " << printable(note) << '\n';
+    }
+}
+
+void writeCandidates(const LeftOut& alone, const Result& result, std::ostream& out)
+{
+    for (const CandidatePlace& candidate : alone.candidates) {
+        out << fmt::format("      {:12.4f} s after ", candidate.offsetSeconds)
+            << printable(result.sources[candidate.with].name)
+            << fmt::format(", by {:.1f} s of evidence\n", candidate.evidenceSeconds);
     }
 }
 
@@ -76,6 +88,7 @@ void writeAlone(const Result& result, std::ostream& out)
         const SourceFacts& source = result.sources[alone.source];
         out << "  " << padded(source.name, width) << "  " << printable(source.path)
             << shownDevice(source) << ": " << printable(alone.reason) << '\n';
+        writeCandidates(alone, result, out);
         for (const std::string& note : source.notes)
             out << "      " << printable(note) << '\n';
     }

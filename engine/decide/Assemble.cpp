@@ -1,9 +1,11 @@
 #include "decide/Assemble.h"
 
 #include <algorithm>
-#include <string>
 #include <utility>
 
+#include "decide/Arrangement.h"
+#include "decide/Certain.h"
+#include "decide/Improve.h"
 #include "decide/Verdicts.h"
 
 namespace vxlsync
@@ -12,49 +14,11 @@ namespace vxlsync
 namespace
 {
 
-// Seconds by which two recordings of one device may seem to overlap: clocks and lengths of files
-// are rounded, and a device that splits its recording may write the seam into both files.
-constexpr double deviceToleranceSeconds = 0.5;
-
-// All that the decision on a join looks at. The links change their verdicts, and nothing else,
-// while the groups grow.
+// The links change their verdicts, and nothing else, while the groups grow.
 struct Joining {
     Links& links;
-    const Constraints& constraints;
-    PairKnowledge known;
-    Groups groups;
-    // By link: true if two groups were joined so that it holds.
-    std::vector<bool> carriesJoin;
+    Arrangement arrangement;
 };
-
-void joinKnown(Groups& groups, const std::vector<std::pair<std::size_t, double>>& known)
-{
-    for (const auto& [recording, start] : known) {
-        groups.setStart(recording, start);
-        const std::size_t into = groups.groupOf(known.front().first);
-        const std::size_t from = groups.groupOf(recording);
-        if (into != from) groups.unite({into, from, Placement()});
-    }
-}
-
-bool isUnwanted(const Join& join, const Joining& joining)
-{
-    const auto& apart = joining.constraints.apart;
-    return std::any_of(apart.begin(), apart.end(), [&](const auto& pair) {
-        const std::size_t first = joining.groups.groupOf(pair.first);
-        const std::size_t second = joining.groups.groupOf(pair.second);
-        return (first == join.into && second == join.from) ||
-               (first == join.from && second == join.into);
-    });
-}
-
-bool isDeviceTwice(const std::vector<ImpliedPair>& pairs, const std::vector<std::string>& devices)
-{
-    return std::any_of(pairs.begin(), pairs.end(), [&](const ImpliedPair& pair) {
-        return pair.line.overlap > deviceToleranceSeconds && !devices[pair.first].empty() &&
-               devices[pair.first] == devices[pair.second];
-    });
-}
 
 // Indices of those links that `isWanted`, the strongest first; links speak in that order, and what
 // they place can no longer be moved.
@@ -76,26 +40,26 @@ std::vector<std::size_t> byStrength(const Links& links, Filter isWanted)
 bool tryJoin(Joining& joining, std::size_t index)
 {
     Link& link = joining.links[index];
-    const Join planned = joining.groups.joinBy(link);
+    Arrangement& arrangement = joining.arrangement;
+    const Join planned = arrangement.groups().joinBy(link);
     if (planned.into == planned.from) return false;
     const bool standsAlone = link.verdict == Verdict::accepted;
-    const std::vector<ImpliedPair> pairs =
-        pairsAcross(planned, joining.groups, joining.constraints.durations);
-    if (!standsAlone && !areBackedByLinks(pairs, joining.known)) return false;
+    const std::vector<ImpliedPair> pairs = arrangement.pairsOf(planned);
+    if (!standsAlone && !areBackedByLinks(pairs, arrangement.known()) &&
+        !arrangement.isBackedByClocks(pairs))
+        return false;
 
-    const bool isUserAgainst = isUnwanted(planned, joining);
-    link.isDeviceClash = !isUserAgainst && isDeviceTwice(pairs, joining.constraints.devices);
+    const bool isUserAgainst = arrangement.isUnwanted(planned);
+    link.isDeviceClash = !isUserAgainst && arrangement.isDeviceTwice(pairs);
     if (isUserAgainst || link.isDeviceClash) {
         link.verdict = Verdict::forbidden;
         return false;
     }
-    const Evidence evidence = weigh(pairs, joining.known);
-    if (evidence.against > evidence.support) {
+    if (arrangement.closely(pairs).balance() < 0.0) {
         link.verdict = Verdict::contradicted;
         return false;
     }
-    joining.groups.unite(planned);
-    joining.carriesJoin[index] = true;
+    arrangement.unite(planned, index);
     return true;
 }
 
@@ -125,25 +89,14 @@ void joinBacked(Joining& joining)
     }
 }
 
-// True if the link says of its two recordings what became of them.
-bool holds(const Link& link, const Groups& groups, const std::vector<double>& durations)
-{
-    const double firstDuration = durations[link.first];
-    const double secondDuration = durations[link.second];
-    const ImpliedLine implied = impliedLine(groups.placeOf(link.first), firstDuration,
-                                            groups.placeOf(link.second), secondDuration);
-    return agree(link.line, implied, firstDuration, secondDuration);
-}
-
-// The verdict on the link once all recordings are where they ended up. Links that carry joins are
-// used whatever they say at the middle of the overlap: without them nothing would tie their groups.
+// The verdict on the link once all recordings are where they ended up.
 Verdict settledVerdict(std::size_t index, const Joining& joining)
 {
     const Link& link = joining.links[index];
-    const Groups& groups = joining.groups;
-    if (groups.groupOf(link.first) != groups.groupOf(link.second)) return link.verdict;
-    if (!joining.carriesJoin[index] && !holds(link, groups, joining.constraints.durations))
-        return Verdict::contradicted;
+    const Groups& groups = joining.arrangement.groups();
+    if (groups.groupOf(link.first) != groups.groupOf(link.second))
+        return link.verdict == Verdict::accepted ? Verdict::contradicted : link.verdict;
+    if (!joining.arrangement.holds(index)) return Verdict::contradicted;
     return link.verdict == Verdict::accepted ? Verdict::accepted : Verdict::confirmed;
 }
 
@@ -156,15 +109,24 @@ Assembly assemble(Links links, const Constraints& constraints, const Examine& ex
     const std::vector<double> best = bestCoherences(judged, durations.size());
     judged = judgeLinks(std::move(judged), best);
 
-    Joining joining{
-        judged, constraints, {judged, best, durations, examine}, Groups(durations.size()), {}};
-    joining.carriesJoin.resize(judged.size());
-    joinKnown(joining.groups, constraints.known);
+    Joining joining{judged, Arrangement(constraints, {judged, best, durations, examine})};
     joinAccepted(joining);
+    joinBacked(joining);
+    improve(joining.arrangement);
     joinBacked(joining);
     for (std::size_t i = 0; i < judged.size(); ++i)
         judged[i].verdict = settledVerdict(i, joining);
-    return {joining.groups.all(), std::move(judged)};
+    partDoubtful(joining.arrangement);
+    // What was used until then is right or wrong, and nobody knows.
+    for (Link& link : judged) {
+        const Groups& groups = joining.arrangement.groups();
+        if (link.isUsed() && groups.groupOf(link.first) != groups.groupOf(link.second))
+            link.verdict = Verdict::ambiguous;
+    }
+    std::vector<Certainty> certainties = certaintiesOf(joining.arrangement);
+    std::vector<Doubtful> doubtful = doubtfulOf(joining.arrangement);
+    return {joining.arrangement.groups().all(), std::move(judged), std::move(certainties),
+            std::move(doubtful)};
 }
 
 } // namespace vxlsync

@@ -6,7 +6,7 @@
 
 #include "decide/Constraints.h"
 #include "decide/Weigh.h"
-#include "model/Link.h"
+#include "model/Decision.h"
 
 namespace vxlsync
 {
@@ -15,6 +15,10 @@ struct Assembly {
     // Each recording is in exactly one group; members and groups in order of index.
     std::vector<std::vector<std::size_t>> groups;
     Links links;
+    // By recording.
+    std::vector<Certainty> certainties;
+    // In order of index.
+    std::vector<Doubtful> doubtful;
 };
 
 // Decides which links are true and which recordings belong together. Fills in what the links lack

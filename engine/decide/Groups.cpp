@@ -1,6 +1,7 @@
 #include "decide/Groups.h"
 
 #include <algorithm>
+#include <iterator>
 #include <numeric>
 #include <utility>
 
@@ -42,6 +43,30 @@ void Groups::unite(const Join& join)
         groups[member] = list.front();
     const std::size_t lowest = list.front();
     members[lowest] = std::move(list);
+}
+
+void Groups::part(const std::vector<std::size_t>& recordings)
+{
+    const auto group = members.find(groups[recordings.front()]);
+    std::vector<std::size_t> rest;
+    std::set_difference(group->second.begin(), group->second.end(), recordings.begin(),
+                        recordings.end(), std::back_inserter(rest));
+    members.erase(group);
+    for (const std::vector<std::size_t>& list : {rest, recordings}) {
+        for (const std::size_t member : list)
+            groups[member] = list.front();
+        members[list.front()] = list;
+    }
+}
+
+Join turned(const Join& join)
+{
+    Join other;
+    other.into = join.from;
+    other.from = join.into;
+    other.by.drift = 1.0 / (1.0 + join.by.drift) - 1.0;
+    other.by.start = -(1.0 + other.by.drift) * join.by.start;
+    return other;
 }
 
 std::vector<ImpliedPair> pairsAcross(const Join& join, const Groups& groups,

@@ -48,6 +48,9 @@ public:
     Join joinBy(const Link& link) const;
     // Requires two groups.
     void unite(const Join& join);
+    // Makes the recordings a group of their own; they and those that stay keep their places on the
+    // clock that they had. Requires some, but not all, of one group, in order of index.
+    void part(const std::vector<std::size_t>& recordings);
 
 private:
     std::vector<Placement> places;
@@ -55,6 +58,9 @@ private:
     // By the name of the group, which is its lowest member.
     std::map<std::size_t, std::vector<std::size_t>> members;
 };
+
+// The same seen from the other group.
+Join turned(const Join& join);
 
 // Each recording of the one group with each of the other. `durations` by recording, in seconds.
 std::vector<ImpliedPair> pairsAcross(const Join& join, const Groups& groups,

@@ -120,7 +120,8 @@ std::vector<Placement> shifted(std::vector<Placement> placements)
 }
 
 PlacedGroup placeGroup(const std::vector<std::size_t>& members, Links& links,
-                       const Constraints& constraints, const Interrupt& interrupt)
+                       const std::vector<Certainty>& certainties, const Constraints& constraints,
+                       const Interrupt& interrupt)
 {
     const std::size_t count = members.size();
     const std::vector<std::size_t> places = placesAmong(members, constraints.durations.size());
@@ -134,6 +135,8 @@ PlacedGroup placeGroup(const std::vector<std::size_t>& members, Links& links,
     }
     PlacedGroup group;
     group.members = members;
+    for (const std::size_t member : members)
+        group.certainties.push_back(certainties[member]);
     group.placements = shifted(std::move(solution.placements));
     group.reference = members[clock];
     return group;
@@ -146,8 +149,10 @@ Decision placeGroups(Assembly assembly, const Constraints& constraints, const In
     Decision decision;
     for (const std::vector<std::size_t>& members : assembly.groups) {
         if (members.size() > 1)
-            decision.groups.push_back(placeGroup(members, assembly.links, constraints, interrupt));
+            decision.groups.push_back(
+                placeGroup(members, assembly.links, assembly.certainties, constraints, interrupt));
     }
+    decision.doubtful = std::move(assembly.doubtful);
     decision.links = std::move(assembly.links);
     return decision;
 }

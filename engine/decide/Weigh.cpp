@@ -1,6 +1,7 @@
 #include "decide/Weigh.h"
 
 #include <algorithm>
+#include <cmath>
 #include <tuple>
 
 #include "decide/Verdicts.h"
@@ -31,6 +32,15 @@ constexpr double audibleActivity = 0.2;
 constexpr std::size_t fewestBackers = 2;
 constexpr double leastBacking = 0.3;
 
+// A repeat is about half as coherent as its recordings are at their true place, and for as many
+// seconds or more: sound is worth what it exceeds this share by. Sound that differs is worth as
+// much against the place as sound that agrees fully would be beyond all doubt for it.
+constexpr double repeatRelative = 0.6;
+// Looks for one place. What so many pairs say who would share most time, more would repeat.
+constexpr std::size_t mostLooks = 8;
+// Lines of one pair that are nearer to each other, in seconds, are the same to a look.
+constexpr double sameLookSeconds = 0.002;
+
 struct PairOrder {
     using Pair = std::pair<std::size_t, std::size_t>;
     bool operator()(const Link& link, const Pair& pair) const
@@ -43,7 +53,54 @@ struct PairOrder {
     }
 };
 
-// The best link of the pair that says what is implied, or null.
+void add(Evidence& sum, double weight)
+{
+    sum.support += std::max(0.0, weight);
+    sum.against += std::max(0.0, -weight);
+}
+
+// What a pair has to say that has no link for the line.
+Evidence lookClosely(const ImpliedPair& pair, const PairKnowledge& known)
+{
+    const double expectable = std::min(known.best[pair.first], known.best[pair.second]);
+    if (expectable <= 0.0) return {};
+    const Alignment line =
+        known.examine(pair.first, pair.second, pair.line.offset, pair.line.slope);
+    if (line.windows.empty() || !isFinite(line)) return {};
+    const double missed = expectedRelative * expectable * line.fullSignificance;
+    const bool isSeen = line.significance >= seenSignificance && line.agreement > seenAgreement;
+    const bool isMissed = line.activity >= audibleActivity && missed > expectedSignificance;
+    return isSeen || isMissed ? evidenceOf(line, line.coherence / expectable) : Evidence();
+}
+
+} // namespace
+
+Evidence operator+(const Evidence& left, const Evidence& right)
+{
+    return {left.support + right.support, left.against + right.against};
+}
+
+Evidence evidenceOf(const Alignment& line, double relative)
+{
+    const double band = static_cast<double>(line.bands) / std::max(1, line.allBands);
+    const double heard = heardSecondsOf(line);
+    const double agreeing = line.agreement * heard * band;
+    const double worth = std::min(1.0, relative) - repeatRelative;
+    Evidence evidence;
+    evidence.support = agreeing * std::max(0.0, worth);
+    evidence.against =
+        agreeing * std::max(0.0, -worth) + repeatRelative * (1.0 - line.agreement) * heard;
+    return evidence;
+}
+
+double weightOf(const Link& link)
+{
+    // Where another place of the two is more coherent, this one is measured against that too.
+    const double relative = link.relative / std::max(1.0, link.rival);
+    const Evidence evidence = evidenceOf(link.line, relative);
+    return isPartial(link) ? -(evidence.support + evidence.against) : evidence.balance();
+}
+
 const Link* agreeingLink(const ImpliedPair& pair, const PairKnowledge& known)
 {
     const bool isTurned = pair.first > pair.second;
@@ -59,48 +116,40 @@ const Link* agreeingLink(const ImpliedPair& pair, const PairKnowledge& known)
     return link == end ? nullptr : &*link;
 }
 
-// What a pair has to say that has no link for the line.
-Evidence lookClosely(const ImpliedPair& pair, const PairKnowledge& known)
-{
-    Evidence evidence;
-    const double expectable = std::min(known.best[pair.first], known.best[pair.second]);
-    if (pair.line.overlap < tellingOverlapSeconds || expectable <= 0.0) return evidence;
-    const Alignment line =
-        known.examine(pair.first, pair.second, pair.line.offset, pair.line.slope);
-    if (line.windows.empty()) return evidence;
-    const double missed = expectedRelative * expectable * line.fullSignificance;
-    if (line.significance >= seenSignificance && line.agreement > seenAgreement) {
-        evidence.support = std::min(1.0, line.coherence / expectable);
-    } else if (line.activity >= audibleActivity && missed > expectedSignificance) {
-        evidence.against = 1.0;
-    }
-    return evidence;
-}
-
-Evidence evidenceOf(const ImpliedPair& pair, const PairKnowledge& known)
-{
-    const Link* link = agreeingLink(pair, known);
-    if (link == nullptr) return lookClosely(pair, known);
-    Evidence evidence;
-    if (isPartial(*link)) {
-        evidence.against = 1.0;
-    } else {
-        evidence.support = std::min(1.0, link->relative);
-    }
-    return evidence;
-}
-
-} // namespace
-
-Evidence weigh(const std::vector<ImpliedPair>& pairs, const PairKnowledge& known)
+Evidence Scales::byLinks(const std::vector<ImpliedPair>& pairs) const
 {
     Evidence sum;
     for (const ImpliedPair& pair : pairs) {
-        const Evidence evidence = evidenceOf(pair, known);
-        sum.support += evidence.support;
-        sum.against += evidence.against;
+        if (pair.line.overlap <= 0.0) continue;
+        if (const Link* link = agreeingLink(pair, known)) add(sum, weightOf(*link));
     }
     return sum;
+}
+
+Evidence Scales::closely(const std::vector<ImpliedPair>& pairs)
+{
+    Evidence sum = byLinks(pairs);
+    std::vector<const ImpliedPair*> open;
+    for (const ImpliedPair& pair : pairs) {
+        if (pair.line.overlap >= tellingOverlapSeconds && agreeingLink(pair, known) == nullptr)
+            open.push_back(&pair);
+    }
+    std::stable_sort(open.begin(), open.end(),
+                     [](const ImpliedPair* left, const ImpliedPair* right) {
+                         return left->line.overlap > right->line.overlap;
+                     });
+    if (open.size() > mostLooks) open.resize(mostLooks);
+    for (const ImpliedPair* pair : open)
+        sum = sum + lookAt(*pair);
+    return sum;
+}
+
+Evidence Scales::lookAt(const ImpliedPair& pair)
+{
+    const Look look{pair.first, pair.second, std::llround(pair.line.offset / sameLookSeconds)};
+    const auto seen = looks.find(look);
+    if (seen != looks.end()) return seen->second;
+    return looks[look] = lookClosely(pair, known);
 }
 
 bool areBackedByLinks(const std::vector<ImpliedPair>& pairs, const PairKnowledge& known)

@@ -104,6 +104,7 @@ Alignment describeLine(const Windows& windows, const Line& line)
     alignment.start = windows.overlap.start;
     alignment.end = windows.overlap.end;
     alignment.activity = windows.activity;
+    alignment.heardSeconds = windows.heardSeconds;
     alignment.windows.resize(windows.count());
     for (std::size_t i = 0; i < windows.count(); ++i) {
         alignment.windows[i].time = windows.times[i];

@@ -56,6 +56,27 @@ double activityOf(const Prepared& recording, double start, double end)
     return std::max(0.0, 1.0 - recording.floor / energy);
 }
 
+// Share of one step's energy that is more than the recording's own noise; 0 beyond its end.
+double activityOfStep(const Prepared& recording, std::size_t step)
+{
+    if (step >= recording.energy.size()) return 0.0;
+    const auto energy = static_cast<double>(recording.energy[step]);
+    return energy > recording.floor ? 1.0 - recording.floor / energy : 0.0;
+}
+
+// Step by step, since in the mean over a window a click is as loud as music.
+double heardSecondsOf(const Prepared& first, const Prepared& second, const Overlap& overlap,
+                      double offset)
+{
+    const std::size_t from = energyStepAt(first, overlap.start);
+    const std::size_t to = energyStepAt(first, overlap.end);
+    const std::size_t fromOfSecond = energyStepAt(second, overlap.start - offset);
+    double steps = 0.0;
+    for (std::size_t i = from; i < to; ++i)
+        steps += activityOfStep(first, i) * activityOfStep(second, fromOfSecond + (i - from));
+    return steps * energyStepSeconds;
+}
+
 } // namespace
 
 double Windows::totalWeight() const
@@ -68,6 +89,7 @@ Windows placeWindows(const Prepared& first, const Prepared& second, double offse
     Windows windows;
     windows.overlap = overlapOf(first.seconds(), second.seconds(), offset);
     windows.seconds = windowLength(windows.overlap.seconds());
+    windows.heardSeconds = heardSecondsOf(first, second, windows.overlap, offset);
     const double room = windows.overlap.seconds() - windows.seconds;
     const auto fitting = static_cast<std::size_t>(room / (windows.seconds / 2.0)) + 1;
     const std::size_t count = std::min(fitting, most);

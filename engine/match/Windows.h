@@ -21,6 +21,8 @@ struct Windows {
     std::vector<double> weights;
     // Mean over the windows of how far both recordings are above their own noise, 0 to 1.
     double activity = 0.0;
+    // Seconds of the shared time in which both are above their own noise.
+    double heardSeconds = 0.0;
 
     std::size_t count() const { return times.size(); }
     double start(std::size_t index) const { return times[index] - seconds / 2.0; }

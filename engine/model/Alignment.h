@@ -53,6 +53,9 @@ struct Alignment {
     int allBands = 0;
     // How much sound above their own noise both recordings have in the shared time, from 0 to 1.
     double activity = 0.0;
+    // Seconds of the shared time in which both have sound of their own. A click lasts a tenth of a
+    // second, however high it stands out of an evening of silence.
+    double heardSeconds = 0.0;
     // Empty if the two share too little time to be compared.
     std::vector<AlignmentWindow> windows;
 

@@ -20,6 +20,15 @@ struct Placement {
     double at(double time) const { return start + (1.0 + drift) * time; }
 };
 
+// How sure the place of a recording is.
+struct Certainty {
+    Confidence confidence = Confidence::certain;
+    // 1 where no other place comes into question, 0 where one is as good.
+    double margin = 1.0;
+    // What speaks for the place, in seconds of sound times their worth.
+    double evidence = 0.0;
+};
+
 // One group with all its recordings placed on one clock.
 struct PlacedGroup {
     // Indices of recordings, in order.
@@ -28,12 +37,32 @@ struct PlacedGroup {
     std::vector<Placement> placements;
     // The recording whose clock counts.
     std::size_t reference = 0;
+    // By member.
+    std::vector<Certainty> certainties = {};
+};
+
+// A place that a recording may have, told by another.
+struct DoubtfulPlace {
+    std::size_t with = 0;
+    // In seconds after the start of the other.
+    double start = 0.0;
+    // What speaks for it, in seconds of sound times their worth.
+    double evidence = 0.0;
+};
+
+// A recording that has places, but none that is better than all others.
+struct Doubtful {
+    std::size_t recording = 0;
+    // The best first.
+    std::vector<DoubtfulPlace> candidates;
 };
 
 // What deciding hands to telling.
 struct Decision {
     // Of two members or more.
     std::vector<PlacedGroup> groups;
+    // In order of index.
+    std::vector<Doubtful> doubtful;
     // With their verdicts.
     Links links;
 };

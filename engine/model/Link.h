@@ -10,6 +10,15 @@
 namespace vxlsync
 {
 
+// Why a link that is ambiguous is not believed; none if other offsets fit nearly as well.
+enum class Doubt {
+    none,
+    // Hardly more is heard than a click.
+    littleHeard,
+    // Its recordings may be of one device, and what they have in common a repeat.
+    oneDevice,
+};
+
 // One way in which two recordings may lie to each other. Matching fills in what was measured, and
 // deciding what is thought of it.
 struct Link {
@@ -27,6 +36,7 @@ struct Link {
     // Coherence of the next best offset against that of this one.
     double rival = 0.0;
     Verdict verdict = Verdict::weak;
+    Doubt doubt = Doubt::none;
     // Of a forbidden link: true if a device would have been in two places at once, false if the
     // user wants its recordings apart.
     bool isDeviceClash = false;

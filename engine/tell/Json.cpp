@@ -132,6 +132,8 @@ Json memberJson(const Member& member, const SourceFacts& facts)
     object["offsetUncertaintySeconds"] = member.offsetUncertaintySeconds;
     object["driftPpm"] = member.driftPpm;
     object["driftUncertaintyPpm"] = member.driftUncertaintyPpm;
+    object["confidence"] = nameOf(member.confidence);
+    object["margin"] = member.margin;
     object["durationSeconds"] = facts.durationSeconds;
     object["endSeconds"] =
         member.offsetSeconds + facts.durationSeconds * (1.0 + member.driftPpm * millionth);
@@ -154,8 +156,23 @@ Json groupJson(const Group& group, const std::vector<SourceFacts>& sources)
     return object;
 }
 
-Json aloneJson(const LeftOut& alone, const SourceFacts& facts)
+Json candidateJson(const CandidatePlace& candidate, const std::vector<SourceFacts>& sources)
 {
+    Json object = Json::object();
+    const SourceFacts& facts = sources[candidate.with];
+    addText(object, "with", facts.path.empty() ? facts.name : facts.path);
+    object["withSource"] = candidate.with;
+    object["offsetSeconds"] = candidate.offsetSeconds;
+    object["evidenceSeconds"] = candidate.evidenceSeconds;
+    return object;
+}
+
+Json aloneJson(const LeftOut& alone, const std::vector<SourceFacts>& sources)
+{
+    const SourceFacts& facts = sources[alone.source];
+    Json candidates = Json::array();
+    for (const CandidatePlace& candidate : alone.candidates)
+        candidates.push_back(candidateJson(candidate, sources));
     Json object = Json::object();
     object["source"] = alone.source;
     addText(object, "name", facts.name);
@@ -163,6 +180,7 @@ Json aloneJson(const LeftOut& alone, const SourceFacts& facts)
     object["durationSeconds"] = facts.durationSeconds;
     object["notes"] = facts.notes;
     object["reason"] = alone.reason;
+    object["candidates"] = std::move(candidates);
     return object;
 }
 
@@ -188,7 +206,7 @@ std::string toJson(const Result& result)
         groups.push_back(groupJson(group, result.sources));
     Json alone = Json::array();
     for (const LeftOut& leftOut : result.alone)
-        alone.push_back(aloneJson(leftOut, result.sources[leftOut.source]));
+        alone.push_back(aloneJson(leftOut, result.sources));
     Json failed = Json::array();
     for (const LeftOut& leftOut : result.failed)
         failed.push_back(failedJson(leftOut, result.sources[leftOut.source]));

@@ -25,6 +25,10 @@ const char* reasonOf(const Link& link)
 {
     if (link.verdict == Verdict::forbidden && link.isDeviceClash)
         return "one device would have been in two places at once";
+    if (link.verdict == Verdict::ambiguous && link.doubt == Doubt::littleHeard)
+        return "too little is heard in both to tell";
+    if (link.verdict == Verdict::ambiguous && link.doubt == Doubt::oneDevice)
+        return "the sound repeats and the clocks are the same: perhaps one device at two times";
     return reasons[static_cast<std::size_t>(link.verdict)];
 }
 

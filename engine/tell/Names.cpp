@@ -8,10 +8,11 @@ namespace vxlsync
 namespace
 {
 
-// In the order of DeviceEvidence, of Method and of Verdict.
+// In the order of their enumerations.
 constexpr const char* evidenceNames[] = {"none",  "stated",     "serial number",
                                          "model", "originator", "names"};
 constexpr const char* methodNames[] = {"landmarks", "correlation"};
+constexpr const char* confidenceNames[] = {"certain", "likely"};
 constexpr const char* verdictNames[] = {"accepted",  "confirmed",    "weak",
                                         "ambiguous", "contradicted", "forbidden"};
 
@@ -25,6 +26,11 @@ const char* nameOf(DeviceEvidence evidence)
 const char* nameOf(Method method)
 {
     return methodNames[static_cast<std::size_t>(method)];
+}
+
+const char* nameOf(Confidence confidence)
+{
+    return confidenceNames[static_cast<std::size_t>(confidence)];
 }
 
 const char* nameOf(Verdict verdict)

@@ -1,6 +1,7 @@
 #include "tell/Report.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <string>
 #include <tuple>
@@ -59,7 +60,7 @@ Result startedResult(const ReportInput& input)
     return result;
 }
 
-Member memberOf(std::size_t source, const Placement& place)
+Member memberOf(std::size_t source, const Placement& place, const Certainty& certainty)
 {
     Member member;
     member.source = source;
@@ -67,6 +68,8 @@ Member memberOf(std::size_t source, const Placement& place)
     member.offsetUncertaintySeconds = place.startError;
     member.driftPpm = place.drift * millionths;
     member.driftUncertaintyPpm = place.driftError * millionths;
+    member.confidence = certainty.confidence;
+    member.margin = certainty.margin;
     return member;
 }
 
@@ -75,7 +78,8 @@ Group groupOf(const PlacedGroup& placed, const std::vector<std::size_t>& sourceA
     Group group;
     group.reference = sourceAt[placed.reference];
     for (std::size_t i = 0; i < placed.members.size(); ++i)
-        group.members.push_back(memberOf(sourceAt[placed.members[i]], placed.placements[i]));
+        group.members.push_back(
+            memberOf(sourceAt[placed.members[i]], placed.placements[i], placed.certainties[i]));
     return group;
 }
 
@@ -86,6 +90,8 @@ PlacedGroup placedByLandmarks(const LandmarkGroup& group)
     placed.reference = group.members.front();
     for (const double start : group.starts)
         placed.placements.push_back({start, 0.0, landmarkErrorSeconds, 0.0});
+    // Landmarks tell one place and nothing of others.
+    placed.certainties.assign(placed.members.size(), {Confidence::likely, 0.0, 0.0});
     return placed;
 }
 
@@ -153,33 +159,93 @@ bool hasLink(const Links& links, std::size_t position, Verdict verdict, bool isD
     });
 }
 
+bool hasDoubt(const Links& links, std::size_t position, Doubt doubt)
+{
+    return std::any_of(links.begin(), links.end(), [&](const Link& link) {
+        return (link.first == position || link.second == position) &&
+               link.verdict == Verdict::ambiguous && link.doubt == doubt;
+    });
+}
+
+// "12.34 s after the start of camera", or before.
+std::string phraseOf(const CandidatePlace& candidate, const std::vector<SourceFacts>& sources)
+{
+    const long long hundredths = std::llround(std::fabs(candidate.offsetSeconds) * 100.0);
+    const std::string fraction = std::to_string(100 + hundredths % 100).substr(1);
+    return std::to_string(hundredths / 100) + "." + fraction + " s " +
+           (candidate.offsetSeconds < 0.0 ? "before" : "after") + " the start of " +
+           sources[candidate.with].name;
+}
+
+// The best two places, of any number.
+std::string reasonForDoubt(const std::vector<CandidatePlace>& candidates,
+                           const std::vector<SourceFacts>& sources)
+{
+    if (candidates.size() < 2)
+        return "no certain place: the sound repeats, and more than one offset fits";
+    return "no certain place: fits " + phraseOf(candidates[0], sources) + " and " +
+           phraseOf(candidates[1], sources);
+}
+
+// What a place is asked by that a recording does not have.
+struct NoPlace {
+    const Recording& recording;
+    const Links& links;
+    std::size_t position = 0;
+    const std::vector<CandidatePlace>& candidates;
+};
+
 // Why a recording that could be read has no place. What would be known but for the user or the
 // device says more than what the sound leaves open.
-const char* reasonForNoPlace(const Recording& recording, const Links& links, std::size_t position)
+std::string reasonOf(const NoPlace& missing, const std::vector<SourceFacts>& sources)
 {
-    if (recording.durationSeconds < shortestOverlapSeconds) return "too short";
-    if (recording.meanSquare < silentMeanSquare) return "silent";
+    const Links& links = missing.links;
+    const std::size_t position = missing.position;
+    if (missing.recording.durationSeconds < shortestOverlapSeconds) return "too short";
+    if (missing.recording.meanSquare < silentMeanSquare) return "silent";
     if (hasLink(links, position, Verdict::forbidden, false))
         return "kept apart by the user from what it has in common with others";
     if (hasLink(links, position, Verdict::forbidden, true))
         return "its sound has a place only where its device would be in two places at once";
-    if (hasLink(links, position, Verdict::ambiguous, false))
-        return "no certain place: the sound repeats, and more than one offset fits";
+    if (hasDoubt(links, position, Doubt::oneDevice))
+        return "no certain place: the sound repeats, and the clock is that of another recording: "
+               "perhaps one device at two times";
+    if (hasDoubt(links, position, Doubt::none)) return reasonForDoubt(missing.candidates, sources);
+    if (hasDoubt(links, position, Doubt::littleHeard))
+        return "no certain place: too little is heard that others have as well";
     return "no sound in common with any other";
 }
 
+// By position: the places that recordings in no group may have.
+std::vector<std::vector<CandidatePlace>> candidatesOf(const std::vector<Doubtful>& doubtful,
+                                                      const std::vector<std::size_t>& sourceAt)
+{
+    std::vector<std::vector<CandidatePlace>> candidates(sourceAt.size());
+    for (const Doubtful& one : doubtful) {
+        for (const DoubtfulPlace& place : one.candidates)
+            candidates[one.recording].push_back(
+                {sourceAt[place.with], place.start, place.evidence});
+    }
+    return candidates;
+}
+
 // Tells of the sources that are in no group.
-void addLeftOut(Result& result, const ReportInput& input, const Links& links)
+void addLeftOut(Result& result, const ReportInput& input, const Links& links,
+                const std::vector<Doubtful>& doubtful)
 {
     const std::vector<std::size_t> groups = groupsOfSources(result);
+    const std::vector<std::vector<CandidatePlace>> candidates =
+        candidatesOf(doubtful, input.sourceAt);
     for (std::size_t position = 0; position < input.sourceAt.size(); ++position) {
         const std::size_t source = input.sourceAt[position];
         const Recording& recording = input.recordings[position];
         if (groups[source] < result.groups.size()) continue;
-        if (!recording.failure.empty())
+        if (!recording.failure.empty()) {
             result.failed.push_back({source, recording.failure});
-        else
-            result.alone.push_back({source, reasonForNoPlace(recording, links, position)});
+            continue;
+        }
+        const NoPlace missing{recording, links, position, candidates[position]};
+        result.alone.push_back({source, reasonOf(missing, result.sources), candidates[position]});
     }
     for (std::vector<LeftOut>* list : {&result.alone, &result.failed}) {
         std::sort(list->begin(), list->end(), [](const LeftOut& left, const LeftOut& right) {
@@ -198,7 +264,7 @@ Result reportDecision(const ReportInput& input, const Decision& decision)
     arrange(result.groups);
     const Links links = linksWorthTelling(decision.links);
     addLinks(result, links, input.sourceAt);
-    addLeftOut(result, input, links);
+    addLeftOut(result, input, links, decision.doubtful);
     return result;
 }
 

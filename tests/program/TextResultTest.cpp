@@ -24,8 +24,8 @@ TEST(TextResult, TellsPeopleEverythingOnALineOfItsOwn)
 {
     EXPECT_EQ(textOf(results::everything()),
               "Group 1: 2 recordings\n"
-              "        0.0000 s  +- 0.0000 s       reference  first  dir/first.wav\n"
-              "        1.2500 s  +- 0.0001 s      -20.50 ppm  b      a, \"b\".mp3\n"
+              "        0.0000 s  +-   0.00 ms       reference  certain  first  dir/first.wav\n"
+              "        1.2500 s  +-   0.10 ms      -20.50 ppm  certain  b      a, \"b\".mp3\n"
               "                    eight-bit samples are signed\n"
               "\n"
               "Alone: 1 recording\n"
@@ -88,6 +88,25 @@ TEST(TextResult, CountsMoreThanOne)
 
     EXPECT_THAT(textOf(result), HasSubstr("Alone: 2 recordings\n"));
     EXPECT_THAT(textOf(result), HasSubstr("Failed: 2 files\n"));
+}
+
+TEST(TextResult, TellsWhatIsLikelyOnly)
+{
+    Result result = results::everything();
+    result.groups[0].members[1].confidence = vxlsync::Confidence::likely;
+
+    EXPECT_THAT(textOf(result), HasSubstr("ppm  likely   b "));
+}
+
+TEST(TextResult, TellsThePlacesOfWhatIsDoubtful)
+{
+    Result result = results::everything();
+    result.alone[0].candidates = {{1, 300.0, 11.25}, {0, -4.5, 2.0}};
+
+    EXPECT_THAT(textOf(result),
+                HasSubstr("alone.ogg: silent\n"
+                          "          300.0000 s after b, by 11.2 s of evidence\n"
+                          "           -4.5000 s after first, by 2.0 s of evidence\n"));
 }
 
 TEST(TextResult, TellsWhatWasOddAboutARecordingThatIsAlone)

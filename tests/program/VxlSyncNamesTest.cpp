@@ -49,7 +49,7 @@ TEST_F(VxlSyncNames, CommandNobodyInText)
     const Outcome outcome = run("text");
 
     EXPECT_EQ(outcome.exitCode, 3);
-    EXPECT_THAT(outcome.out, HasSubstr("reference  " + shown + "  " + shown + ".wav\n"));
+    EXPECT_THAT(outcome.out, HasSubstr("reference  certain  " + shown + "  " + shown + ".wav\n"));
     EXPECT_THAT(outcome.out, HasSubstr("\nFailed: 1 file\n  " + shown + ": "));
     expectNoCommand(outcome.out);
 }

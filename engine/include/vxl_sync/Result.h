@@ -88,6 +88,14 @@ struct SourceFacts {
     std::vector<std::string> notes;
 };
 
+/// How sure a place is.
+enum class Confidence {
+    /// Much speaks for it, and for no other.
+    certain,
+    /// Little speaks for it, or something for another.
+    likely,
+};
+
 /// One recording in its place. Its sound at time t, in seconds of its own, happened at
 /// offsetSeconds + t * (1 + driftPpm / 1e6), counted from the start of the earliest recording of
 /// its group on the clock of the group's reference.
@@ -101,6 +109,10 @@ struct Member {
     /// reference itself, and where nothing told it: by landmarks alone, and by a known start.
     double driftPpm = 0.0;
     double driftUncertaintyPpm = 0.0;
+    Confidence confidence = Confidence::certain;
+    /// How much less speaks for the best other place, or for another of those that it hangs
+    /// together with: 1 if nothing does, 0 if as much.
+    double margin = 1.0;
 };
 
 /// Sound that one of two recordings lacks: from `atSeconds` of the first recording on, the offset
@@ -171,10 +183,23 @@ struct Group {
     std::vector<MeasuredLink> links;
 };
 
+/// A place that a source may have, if no other is the right one.
+struct CandidatePlace {
+    /// Index of the source that tells it.
+    std::size_t with = 0;
+    /// How much later than that one it starts.
+    double offsetSeconds = 0.0;
+    /// Seconds of sound that speak for it, each counted by how much more alike than a repeat it is;
+    /// at most 0.4 for a second.
+    double evidenceSeconds = 0.0;
+};
+
 /// A source that has no place, and why: a phrase that goes behind its name and a colon.
 struct LeftOut {
     std::size_t source = 0;
     std::string reason;
+    /// The best first; none if nothing is known, or nothing is doubtful.
+    std::vector<CandidatePlace> candidates = {};
 };
 
 /// All that one job found out. Groups stand in the order of their first source, lone and failed
@@ -194,6 +219,7 @@ struct Result {
 /// The words that stand for them in the JSON.
 VXL_SYNC_API const char* nameOf(DeviceEvidence evidence);
 VXL_SYNC_API const char* nameOf(Method method);
+VXL_SYNC_API const char* nameOf(Confidence confidence);
 VXL_SYNC_API const char* nameOf(Verdict verdict);
 
 /// The result as one JSON object, ending in a newline, as result.schema.json describes it: version

@@ -34,6 +34,7 @@ Alignment contradiction(std::size_t, std::size_t, double, double)
     line.significance = 2.0;
     line.fullSignificance = 400.0;
     line.activity = 0.9;
+    line.heardSeconds = 20.0;
     return line;
 }
 
@@ -179,8 +180,15 @@ TEST(Assemble, PassesOnWhatALookThrows)
         std::runtime_error);
 }
 
-// Two groups of two, 10 s apart in each, tied by links of 0.2 that are weak beside 0.6; 0 and 2 lie
-// 5 s apart.
+// A link that is alike enough, and too little: of 40 s and more at least 18 are asked.
+vxlsync::Link weakLink(std::size_t first, std::size_t second, double offset)
+{
+    vxlsync::Link link = linkOf(first, second, offset, 0.45);
+    link.line.significance = 17.0;
+    return link;
+}
+
+// Two groups of two, 10 s apart in each, tied by weak links; 0 and 2 lie 5 s apart.
 vxlsync::Links twoGroups(std::vector<vxlsync::Link> across)
 {
     vxlsync::Links all{linkOf(0, 1, 10.0, 0.6)};
@@ -191,9 +199,9 @@ vxlsync::Links twoGroups(std::vector<vxlsync::Link> across)
 
 TEST(Assemble, JoinsByWeakLinksThatSayTheSame)
 {
-    // Distinctions of 0.2 / 0.6 each, 0.67 together.
-    const Assembly assembly = assemble(twoGroups({linkOf(0, 2, 5.0, 0.2), linkOf(1, 3, 5.0, 0.2)}),
-                                       constraintsOf(4), nothing);
+    // Distinctions of 0.45 / 0.6 each, 1.5 together.
+    const Assembly assembly =
+        assemble(twoGroups({weakLink(0, 2, 5.0), weakLink(1, 3, 5.0)}), constraintsOf(4), nothing);
 
     EXPECT_THAT(assembly.groups, ElementsAre(ElementsAre(0, 1, 2, 3)));
     EXPECT_THAT(verdictsOf(assembly), ElementsAre(Verdict::accepted, Verdict::confirmed,
@@ -202,8 +210,8 @@ TEST(Assemble, JoinsByWeakLinksThatSayTheSame)
 
 TEST(Assemble, DoesNotJoinByAWeakLinkThatNoOtherBacks)
 {
-    const Assembly assembly = assemble(twoGroups({linkOf(0, 2, 5.0, 0.2), linkOf(1, 3, 7.0, 0.2)}),
-                                       constraintsOf(4), nothing);
+    const Assembly assembly =
+        assemble(twoGroups({weakLink(0, 2, 5.0), weakLink(1, 3, 7.0)}), constraintsOf(4), nothing);
 
     EXPECT_THAT(assembly.groups, ElementsAre(ElementsAre(0, 1), ElementsAre(2, 3)));
     EXPECT_THAT(verdictsOf(assembly),
@@ -212,8 +220,8 @@ TEST(Assemble, DoesNotJoinByAWeakLinkThatNoOtherBacks)
 
 TEST(Assemble, ContradictsWeakLinksThatOtherPairsSpeakAgainst)
 {
-    // Support of 0.67 against the two pairs that have no link.
-    const Assembly assembly = assemble(twoGroups({linkOf(0, 2, 5.0, 0.2), linkOf(1, 3, 5.0, 0.2)}),
+    // 10 s or less for it against two pairs of 20 s that differ.
+    const Assembly assembly = assemble(twoGroups({weakLink(0, 2, 5.0), weakLink(1, 3, 5.0)}),
                                        constraintsOf(4), contradiction);
 
     EXPECT_THAT(assembly.groups, ElementsAre(ElementsAre(0, 1), ElementsAre(2, 3)));
@@ -225,11 +233,11 @@ TEST(Assemble, LetsAJoinGiveOthersWhatTheyLacked)
 {
     // 4 and the first group have one weak link, 4 and the second another: once the two groups are
     // one, both say the same of 4, which has a better partner in 5.
-    vxlsync::Links all{linkOf(0, 1, 10.0, 0.6), linkOf(0, 2, 5.0, 0.2),  linkOf(0, 4, 2.0, 0.2),
-                       linkOf(1, 3, 5.0, 0.2),  linkOf(2, 3, 10.0, 0.6), linkOf(2, 4, -3.0, 0.2),
+    vxlsync::Links all{linkOf(0, 1, 10.0, 0.6), weakLink(0, 2, 5.0),     weakLink(0, 4, 2.0),
+                       weakLink(1, 3, 5.0),     linkOf(2, 3, 10.0, 0.6), weakLink(2, 4, -3.0),
                        linkOf(4, 5, 1.0, 0.6)};
     // The two that tie 4 come first, and fail at first.
-    all[2].line.significance = all[5].line.significance = 61.0;
+    all[2].line.significance = all[5].line.significance = 17.9;
 
     const Assembly assembly = assemble(all, constraintsOf(6), nothing);
 
@@ -279,10 +287,10 @@ TEST(Assemble, JoinsOthersThanTheUserWantsApart)
 TEST(Assemble, KeepsApartWhatWeakLinksWouldBringTogether)
 {
     // The links to 4 and 5 come first and may not; those of 2 and 3 join all the same.
-    vxlsync::Links all{linkOf(0, 1, 10.0, 0.6), linkOf(0, 2, 5.0, 0.2), linkOf(0, 4, 2.0, 0.2),
-                       linkOf(1, 3, 5.0, 0.2),  linkOf(1, 5, 2.0, 0.2), linkOf(2, 3, 10.0, 0.6),
+    vxlsync::Links all{linkOf(0, 1, 10.0, 0.6), weakLink(0, 2, 5.0), weakLink(0, 4, 2.0),
+                       weakLink(1, 3, 5.0),     weakLink(1, 5, 2.0), linkOf(2, 3, 10.0, 0.6),
                        linkOf(4, 5, 10.0, 0.6)};
-    all[2].line.significance = all[4].line.significance = 61.0;
+    all[2].line.significance = all[4].line.significance = 17.9;
     Constraints constraints = constraintsOf(6);
     constraints.apart = {{0, 4}};
 
@@ -398,6 +406,56 @@ TEST(Assemble, KeepsTheLinkThatAJoinStandsOn)
 
     EXPECT_THAT(assembly.groups, ElementsAre(ElementsAre(0, 1)));
     EXPECT_THAT(verdictsOf(assembly), ElementsAre(Verdict::accepted));
+}
+
+TEST(Assemble, CallsAmbiguousWhatHasNoMargin)
+{
+    // Good enough for a pair by itself, where 0.92 * 0.92 - 0.6 of 26 s stands against 0.4 of 25.
+    const Assembly assembly = assemble({linkOf(0, 1, 10.0, 0.6), linkOf(0, 1, 8.0, 0.92 * 0.6)},
+                                       constraintsOf(2), nothing);
+
+    EXPECT_THAT(assembly.groups, ElementsAre(ElementsAre(0), ElementsAre(1)));
+    EXPECT_THAT(verdictsOf(assembly), ElementsAre(Verdict::ambiguous, Verdict::contradicted));
+    EXPECT_EQ(assembly.doubtful.size(), 2u);
+}
+
+TEST(Assemble, TellsHowCertainPlacesAre)
+{
+    const Assembly assembly = assemble({linkOf(0, 1, 10.0, 0.6)}, constraintsOf(3), nothing);
+
+    EXPECT_EQ(assembly.certainties.size(), 3u);
+    // 25 s times 0.4.
+    EXPECT_NEAR(assembly.certainties[1].evidence, 10.0, 1e-9);
+    EXPECT_TRUE(assembly.doubtful.empty());
+}
+
+TEST(Assemble, SettlesALoopByTheClockOfADevice)
+{
+    // 0, 2 and 3 are of one camera; 3 has two equal places beside 1, and the clock says the second.
+    Constraints constraints = constraintsOf(4);
+    constraints.durations[1] = 300.0;
+    constraints.likelyDevices = {"camera", "", "camera", "camera"};
+    constraints.clockStarts = {1000.0, std::nullopt, 1100.0, 1200.0};
+    const vxlsync::Links links{linkOf(0, 1, -10.0, 0.6), linkOf(1, 2, 110.0 - 60.0, 0.6)};
+    vxlsync::Links all = links;
+    for (const double offset : {202.0, 210.0}) {
+        vxlsync::Link link = linkOf(1, 3, 10.0, 0.6);
+        link.line.offset = offset;
+        link.line.start = offset;
+        link.line.end = offset + 60.0;
+        link.line.middle = offset + 30.0;
+        all.push_back(link);
+    }
+    all[1].line.offset = 110.0;
+    all[1].line.start = 110.0;
+    all[1].line.end = 170.0;
+    all[1].line.middle = 140.0;
+
+    const Assembly assembly = assemble(all, constraints, nothing);
+
+    EXPECT_THAT(assembly.groups, ElementsAre(ElementsAre(0, 1, 2, 3)));
+    EXPECT_EQ(assembly.links[2].verdict, Verdict::contradicted);
+    EXPECT_EQ(assembly.links[3].verdict, Verdict::confirmed);
 }
 
 TEST(Assemble, LeavesOutLinksThatAreNotFinite)

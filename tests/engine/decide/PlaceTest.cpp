@@ -26,11 +26,14 @@ Link link(std::size_t first, std::size_t second, double offset, Verdict verdict)
 Assembly threeTogether()
 {
     return {{{0, 1, 2}, {3}},
-            {link(0, 1, -10.0, Verdict::accepted), link(1, 2, 15.0, Verdict::accepted)}};
+            {link(0, 1, -10.0, Verdict::accepted), link(1, 2, 15.0, Verdict::accepted)},
+            {},
+            {}};
 }
 
-Decision placeGroups(const Assembly& assembly, const Constraints& constraints)
+Decision placeGroups(Assembly assembly, const Constraints& constraints)
 {
+    assembly.certainties.resize(constraints.durations.size());
     return vxlsync::placeGroups(assembly, constraints, vxlsync::Interrupt());
 }
 

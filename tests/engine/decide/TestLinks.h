@@ -31,6 +31,8 @@ inline vxlsync::Link linkOf(std::size_t first, std::size_t second, double offset
     link.line.sharpness = 10.0;
     link.line.agreement = agreement;
     link.line.bands = 30;
+    link.line.allBands = 30;
+    link.line.heardSeconds = link.line.overlap() / 2.0;
     link.line.windows.resize(20);
     return link;
 }

@@ -13,6 +13,7 @@ using links::linkOf;
 using testing::ElementsAre;
 using vxlsync::Alignment;
 using vxlsync::bestCoherences;
+using vxlsync::Doubt;
 using vxlsync::isFinite;
 using vxlsync::judgeLinks;
 using vxlsync::Link;
@@ -31,15 +32,25 @@ struct Case {
     double agreement = 1.0;
     double significance = 1000.0;
     double overlap = 50.0;
+    double heardSeconds = 25.0;
+    double slope = 5e-6;
+    double slopeError = 1e-6;
 
-    Verdict verdict() const
+    Verdict verdict() const { return judged().verdict; }
+    Doubt doubt() const { return judged().doubt; }
+
+private:
+    Link judged() const
     {
         Links links{linkOf(0, 1, 0.0, coherence, agreement)};
         links[0].line.end = overlap;
         links[0].line.significance = significance;
+        links[0].line.heardSeconds = heardSeconds;
+        links[0].line.slope = slope;
+        links[0].line.slopeError = slopeError;
         if (rival > 0.0) links.push_back(linkOf(0, 1, 8.0, rival * coherence));
         const double best = coherence / relative;
-        return judgeLinks(links, {best, best})[0].verdict;
+        return judgeLinks(links, {best, best})[0];
     }
 };
 
@@ -149,6 +160,135 @@ TEST(Verdict, AsksForTheMoreEvidenceTheShorterTheOverlapIs)
     }
 }
 
+TEST(Verdict, IsAmbiguousWhereHardlyMoreThanAClickIsHeard)
+{
+    Case link;
+    link.heardSeconds = 0.91;
+    EXPECT_EQ(link.verdict(), Verdict::accepted);
+    EXPECT_EQ(link.doubt(), Doubt::none);
+    link.heardSeconds = 0.89;
+    EXPECT_EQ(link.verdict(), Verdict::ambiguous);
+    EXPECT_EQ(link.doubt(), Doubt::littleHeard);
+}
+
+TEST(HeardSeconds, AreAllThatIsSharedWhereSteadySoundAgreesAllAlong)
+{
+    // 50 s are shared, and 5 of them stand above the noise, or a little less.
+    const auto heard = [](std::size_t windows, std::size_t agreeing, double aboveNoise) {
+        Alignment line = linkOf(0, 1, 10.0, 0.5).line;
+        line.heardSeconds = aboveNoise;
+        line.windows.resize(windows);
+        for (std::size_t i = 0; i < agreeing; ++i)
+            line.windows[i].agrees = true;
+        return vxlsync::heardSecondsOf(line);
+    };
+    EXPECT_EQ(heard(20, 18, 4.9), 50.0);
+    EXPECT_EQ(heard(20, 17, 4.9), 4.9);
+    EXPECT_EQ(heard(20, 18, 5.1), 5.1);
+    EXPECT_EQ(heard(8, 8, 4.9), 50.0);
+    EXPECT_EQ(heard(7, 7, 4.9), 4.9);
+}
+
+// Two recordings of one clock whose sound repeats.
+Case repeatOfOneDevice()
+{
+    Case link;
+    link.coherence = 0.59;
+    link.rival = 0.31;
+    link.slope = 0.49e-6;
+    link.slopeError = 0.1e-6;
+    return link;
+}
+
+TEST(Verdict, IsAmbiguousWhereTheTwoMayBeOneDevice)
+{
+    EXPECT_EQ(repeatOfOneDevice().verdict(), Verdict::ambiguous);
+    EXPECT_EQ(repeatOfOneDevice().doubt(), Doubt::oneDevice);
+    Case backwards = repeatOfOneDevice();
+    backwards.slope = -0.49e-6;
+    EXPECT_EQ(backwards.doubt(), Doubt::oneDevice);
+}
+
+TEST(Verdict, TakesTwoForOneDeviceOnlyIfTheirClocksAreTheSame)
+{
+    Case link = repeatOfOneDevice();
+    link.slope = 0.51e-6;
+    EXPECT_EQ(link.verdict(), Verdict::accepted);
+    // Three errors of 0.2 are 0.6.
+    link.slopeError = 0.2e-6;
+    link.slope = 0.59e-6;
+    EXPECT_EQ(link.verdict(), Verdict::ambiguous);
+    link.slope = 0.61e-6;
+    EXPECT_EQ(link.verdict(), Verdict::accepted);
+    link = repeatOfOneDevice();
+    link.slopeError = 0.61e-6;
+    EXPECT_EQ(link.verdict(), Verdict::accepted);
+    link.coherence = 0.49;
+    EXPECT_EQ(link.verdict(), Verdict::ambiguous);
+    link.coherence = 0.51;
+    EXPECT_EQ(link.verdict(), Verdict::accepted);
+    link.slopeError = 0.59e-6;
+    EXPECT_EQ(link.verdict(), Verdict::ambiguous);
+}
+
+TEST(Verdict, TakesTwoForOneDeviceOnlyIfTheirSoundIsARepeat)
+{
+    Case same = repeatOfOneDevice();
+    same.coherence = 0.61;
+    EXPECT_EQ(same.verdict(), Verdict::accepted);
+    Case single = repeatOfOneDevice();
+    single.rival = 0.29;
+    EXPECT_EQ(single.verdict(), Verdict::accepted);
+}
+
+// What repeatOfOneDevice says of 0 and 1, and what a third recording says of both: 2 begins 10 s
+// after 0, and 1 `miss` later than 10 s before 2.
+Link judgedWithThird(double miss, double coherenceOfThird = 0.9)
+{
+    const Case repeat = repeatOfOneDevice();
+    Links links{linkOf(0, 1, 0.0, repeat.coherence),
+                linkOf(0, 1, 8.0, repeat.rival * repeat.coherence),
+                linkOf(0, 2, 10.0, coherenceOfThird), linkOf(1, 2, 10.0 - miss, coherenceOfThird)};
+    links[0].line.slope = repeat.slope;
+    links[0].line.slopeError = repeat.slopeError;
+    return judgeLinks(links, {0.6, 0.6, 0.9})[0];
+}
+
+TEST(JudgeLinks, BelievesThatTwoAreNotOneDeviceWhereAThirdLiesToBothAsTheySay)
+{
+    EXPECT_EQ(judgedWithThird(0.004).verdict, Verdict::accepted);
+    EXPECT_EQ(judgedWithThird(0.004).doubt, Doubt::none);
+    EXPECT_EQ(judgedWithThird(-0.006).verdict, Verdict::ambiguous);
+    EXPECT_EQ(judgedWithThird(-0.006).doubt, Doubt::oneDevice);
+}
+
+TEST(JudgeLinks, BelievesTheBestOfNearlyEqualPlacesWhereAThirdLiesToBothAsItSays)
+{
+    for (const double miss : {0.004, 0.006}) {
+        const Links judged = judgeLinks({linkOf(0, 1, 0.0, 0.5), linkOf(0, 1, 8.0, 0.49),
+                                         linkOf(0, 2, 10.0, 0.5), linkOf(0, 2, 18.0, 0.49),
+                                         linkOf(1, 2, 10.0 - miss, 0.5), linkOf(1, 2, 2.0, 0.49)},
+                                        {0.5, 0.5, 0.5});
+        const Verdict expected = miss < 0.005 ? Verdict::accepted : Verdict::ambiguous;
+        EXPECT_EQ(judged[0].verdict, expected);
+        EXPECT_EQ(judged[4].verdict, expected);
+        EXPECT_EQ(judged[1].verdict, Verdict::ambiguous);
+    }
+}
+
+TEST(JudgeLinks, TakesNoWitnessForWhatIsHardlyHeard)
+{
+    Links links{linkOf(0, 1, 0.0, 0.5), linkOf(0, 2, 10.0, 0.5), linkOf(1, 2, 10.0, 0.5)};
+    links[0].line.heardSeconds = 0.5;
+    EXPECT_EQ(judgeLinks(links, {0.5, 0.5, 0.5})[0].doubt, Doubt::littleHeard);
+}
+
+TEST(JudgeLinks, TakesNoWitnessThatIsWeakItself)
+{
+    // Coherences of 0.25 are below half of what the recordings reach with others, 0.6.
+    EXPECT_EQ(judgedWithThird(0.0, 0.25).doubt, Doubt::oneDevice);
+}
+
 TEST(JudgeLinks, MeasuresAgainstTheLowerOfTheTwoBests)
 {
     const Links judged = judgeLinks({linkOf(0, 1, 10.0, 0.25)}, {0.5, 1.0});
@@ -195,7 +335,7 @@ TEST(IsFinite, LooksAtEveryNumberThatIsWorkedWith)
     for (double Alignment::*number :
          {&Alignment::middle, &Alignment::offset, &Alignment::slope, &Alignment::offsetError,
           &Alignment::slopeError, &Alignment::start, &Alignment::end, &Alignment::coherence,
-          &Alignment::significance, &Alignment::agreement}) {
+          &Alignment::significance, &Alignment::agreement, &Alignment::heardSeconds}) {
         Alignment line;
         line.*number = std::numeric_limits<double>::quiet_NaN();
         EXPECT_FALSE(isFinite(line));

@@ -91,6 +91,34 @@ TEST(Windows, AllCountTheSameWhereNothingIsHeard)
     EXPECT_EQ(windows.activity, 0.0);
 }
 
+TEST(Windows, CountTheSecondsThatAreHeardInBoth)
+{
+    // Both have noise of 1. A click of 0.1 s in the first, at 1 s, has 9 parts of 10 above it, and
+    // so has the second, which is loud from 0.5 s on.
+    std::vector<float> click(40, 1.0f);
+    click[10] = 10.0f;
+    std::vector<float> music(40, 1.0f);
+    std::fill(music.begin() + 5, music.end(), 10.0f);
+
+    const Windows windows =
+        vxlsync::placeWindows(loudness(click, 1.0), loudness(music, 1.0), 0.0, 40);
+
+    EXPECT_NEAR(windows.heardSeconds, 0.1 * 0.9 * 0.9, 1e-7);
+    // Seen from 0.8 s on, the first's click falls on the second's noise at 0.2 s.
+    EXPECT_EQ(
+        vxlsync::placeWindows(loudness(click, 1.0), loudness(music, 1.0), 0.8, 40).heardSeconds,
+        0.0);
+}
+
+TEST(Windows, HearNothingBeyondTheKnownLoudness)
+{
+    // Of 10 s that are shared the second's loudness is known for one.
+    Prepared second = loudFor(1);
+    second.samples.appendSilence(9 * signals::rate);
+
+    EXPECT_NEAR(vxlsync::placeWindows(loudFor(10), second, 0.0, 40).heardSeconds, 1.0, 1e-9);
+}
+
 TEST(Windows, BeyondTheKnownLoudnessAreSilent)
 {
     // The energy of the second ends before its samples do.

@@ -71,10 +71,12 @@ Result everything()
     second.offsetUncertaintySeconds = 0.0625;
     second.driftPpm = -20.5;
     second.driftUncertaintyPpm = 0.25;
+    second.confidence = vxlsync::Confidence::likely;
+    second.margin = 0.5;
     group.members = {first, second};
     group.links = {linkOf(0, 1)};
     result.groups = {group};
-    result.alone = {{2, "silent"}};
+    result.alone = {{2, "no certain place", {{1, 12.5, 3.25}}}};
     result.refusedLinks = {linkOf(1, 2)};
     result.failed = {{3, "does not exist"}};
     return result;
@@ -99,6 +101,8 @@ TEST(Json, TellsMembersWithTheFactsOfTheirSources)
                             {"offsetUncertaintySeconds", 0.0625},
                             {"driftPpm", -20.5},
                             {"driftUncertaintyPpm", 0.25},
+                            {"confidence", "likely"},
+                            {"margin", 0.5},
                             {"durationSeconds", 20.0},
                             {"endSeconds", 1.25 + 20.0 * (1.0 - 20.5 * 1e-6)},
                             {"notes", {"ends early"}}}));
@@ -207,7 +211,12 @@ TEST(Json, TellsTheRestBySource)
                                               {"path", "alone.ogg"},
                                               {"durationSeconds", 20.0},
                                               {"notes", {"is odd"}},
-                                              {"reason", "silent"}}));
+                                              {"reason", "no certain place"},
+                                              {"candidates",
+                                               {{{"with", "a, \"b\".mp3"},
+                                                 {"withSource", 1},
+                                                 {"offsetSeconds", 12.5},
+                                                 {"evidenceSeconds", 3.25}}}}}));
     EXPECT_EQ(result.at("refusedLinks").at(0).at("second"), "alone");
     EXPECT_EQ(
         result.at("failed").at(0),

@@ -166,6 +166,19 @@ TEST(MeasuredLink, SaysThatADeviceWouldHaveBeenInTwoPlaces)
               "one device would have been in two places at once");
 }
 
+TEST(MeasuredLink, SaysWhatMakesItDoubtful)
+{
+    Link link = linkOf(0, 1, 1.0, Verdict::ambiguous);
+
+    link.doubt = vxlsync::Doubt::littleHeard;
+    EXPECT_EQ(measuredLinkOf(link, {0, 1}).reason, "too little is heard in both to tell");
+    link.doubt = vxlsync::Doubt::oneDevice;
+    EXPECT_EQ(measuredLinkOf(link, {0, 1}).reason,
+              "the sound repeats and the clocks are the same: perhaps one device at two times");
+    link.verdict = Verdict::confirmed;
+    EXPECT_EQ(measuredLinkOf(link, {0, 1}).reason, "agrees with the other links of the group");
+}
+
 TEST(MeasuredLink, IsFiniteIfAllOfItsNumbersAre)
 {
     MeasuredLink link;

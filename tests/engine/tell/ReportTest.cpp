@@ -41,7 +41,10 @@ struct Job {
 
     Result reported() const
     {
-        return reportDecision({sources, recordings, sourceAt, origins}, decision);
+        Decision complete = decision;
+        for (vxlsync::PlacedGroup& group : complete.groups)
+            group.certainties.resize(group.members.size());
+        return reportDecision({sources, recordings, sourceAt, origins}, complete);
     }
 
     std::vector<Source> sources;
@@ -279,6 +282,54 @@ TEST(Report, CallsNothingSilentThatCouldBeHeard)
     job.recordings[0].meanSquare = 1e-9;
 
     EXPECT_EQ(reasonOf(job), "no sound in common with any other");
+}
+
+TEST(Report, SaysWhatMakesAPlaceDoubtful)
+{
+    Job job(2);
+    job.decision.links = {linkOf(0, 1, Verdict::ambiguous)};
+    job.decision.links[0].doubt = vxlsync::Doubt::littleHeard;
+    EXPECT_EQ(job.reported().alone[0].reason,
+              "no certain place: too little is heard that others have as well");
+    job.decision.links[0].doubt = vxlsync::Doubt::oneDevice;
+    EXPECT_EQ(job.reported().alone[1].reason,
+              "no certain place: the sound repeats, and the clock is that of another recording: "
+              "perhaps one device at two times");
+}
+
+TEST(Report, TellsHowCertainAPlaceIs)
+{
+    Job job(2);
+    job.decision.groups = {{{0, 1}, {startingAt(0.0), startingAt(1.0)}, 0}};
+    job.decision.groups[0].certainties = {{vxlsync::Confidence::certain, 1.0, 9.0},
+                                          {vxlsync::Confidence::likely, 0.5, 2.0}};
+
+    const std::vector<Member> members = job.reported().groups[0].members;
+
+    EXPECT_EQ(members[0].confidence, vxlsync::Confidence::certain);
+    EXPECT_EQ(members[1].confidence, vxlsync::Confidence::likely);
+    EXPECT_EQ(members[1].margin, 0.5);
+}
+
+TEST(Report, TellsThePlacesOfWhatIsDoubtful)
+{
+    Job job(3);
+    job.sourceAt = {2, 1, 0};
+    job.decision.links = {linkOf(0, 1, Verdict::ambiguous)};
+    job.decision.doubtful = {{0, {{1, 300.004, 11.0}, {2, -0.5, 9.0}, {1, 324.0, 2.0}}}};
+
+    const vxlsync::LeftOut alone = job.reported().alone[2];
+
+    EXPECT_EQ(alone.source, 2u);
+    EXPECT_EQ(alone.reason,
+              "no certain place: fits 300.00 s after the start of b and 0.50 s before "
+              "the start of c");
+    ASSERT_EQ(alone.candidates.size(), 3u);
+    EXPECT_EQ(alone.candidates[0].with, 1u);
+    EXPECT_EQ(alone.candidates[0].offsetSeconds, 300.004);
+    EXPECT_EQ(alone.candidates[0].evidenceSeconds, 11.0);
+    EXPECT_EQ(alone.candidates[1].with, 0u);
+    EXPECT_THAT(job.reported().alone[0].candidates, IsEmpty());
 }
 
 TEST(Report, SaysThatTheSoundRepeats)
