@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <tuple>
+#include <utility>
 
 #include "decide/Verdicts.h"
 
@@ -26,6 +27,9 @@ constexpr double expectedSignificance = 15.0;
 // Least activity of a pair of which anything can be expected: below, neither recording has much
 // more than its own noise.
 constexpr double audibleActivity = 0.2;
+// Pairs of a join that are looked at for want of a link, at most: those that would share most. What
+// they say the others would say as well, and of large groups there are thousands.
+constexpr std::size_t mostLooks = 12;
 // Links that carry a join together: so many at least, and so clear in sum, which is what a link
 // alone needs for its distinction.
 constexpr std::size_t fewestBackers = 2;
@@ -77,17 +81,33 @@ Evidence lookClosely(const ImpliedPair& pair, const PairKnowledge& known)
     return evidence;
 }
 
-Evidence evidenceOf(const ImpliedPair& pair, const PairKnowledge& known)
+Evidence evidenceOfLink(const Link& link)
 {
-    const Link* link = agreeingLink(pair, known);
-    if (link == nullptr) return lookClosely(pair, known);
     Evidence evidence;
-    if (isPartial(*link)) {
+    if (isPartial(link)) {
         evidence.against = 1.0;
     } else {
-        evidence.support = std::min(1.0, link->relative);
+        evidence.support = std::min(1.0, link.relative);
     }
     return evidence;
+}
+
+Evidence operator+(Evidence left, const Evidence& right)
+{
+    left.support += right.support;
+    left.against += right.against;
+    return left;
+}
+
+// Those without a link that would share most, in their order.
+std::vector<ImpliedPair> pairsToLookAt(std::vector<ImpliedPair> unlinked)
+{
+    std::stable_sort(unlinked.begin(), unlinked.end(),
+                     [](const ImpliedPair& left, const ImpliedPair& right) {
+                         return left.line.overlap > right.line.overlap;
+                     });
+    if (unlinked.size() > mostLooks) unlinked.resize(mostLooks);
+    return unlinked;
 }
 
 } // namespace
@@ -95,11 +115,15 @@ Evidence evidenceOf(const ImpliedPair& pair, const PairKnowledge& known)
 Evidence weigh(const std::vector<ImpliedPair>& pairs, const PairKnowledge& known)
 {
     Evidence sum;
+    std::vector<ImpliedPair> unlinked;
     for (const ImpliedPair& pair : pairs) {
-        const Evidence evidence = evidenceOf(pair, known);
-        sum.support += evidence.support;
-        sum.against += evidence.against;
+        if (const Link* link = agreeingLink(pair, known))
+            sum = sum + evidenceOfLink(*link);
+        else
+            unlinked.push_back(pair);
     }
+    for (const ImpliedPair& pair : pairsToLookAt(std::move(unlinked)))
+        sum = sum + lookClosely(pair, known);
     return sum;
 }
 

@@ -202,6 +202,27 @@ TEST(Weigh, ExpectsNothingThatCouldNotBeSeen)
     EXPECT_EQ(seen(line).against, 0.0);
 }
 
+TEST(Weigh, LooksAtThePairsThatWouldShareMost)
+{
+    // Of 20 pairs, each shares a second less than the one before.
+    std::vector<ImpliedPair> pairs;
+    for (std::size_t i = 0; i < 20; ++i)
+        pairs.push_back(impliedAt(0, i + 1, 39.0 - static_cast<double>(i)));
+    const std::vector<double> best(21, 0.4);
+    const std::vector<double> durations(21, minute);
+    std::vector<std::size_t> lookedAt;
+    const Examine examine = [&](std::size_t, std::size_t second, double, double) {
+        lookedAt.push_back(second);
+        return silenceBetweenTwoSounds();
+    };
+
+    const Evidence evidence = weigh(pairs, {noLinks, best, durations, examine});
+
+    // The last starts 20 s after the first, so that they share 40 s.
+    EXPECT_THAT(lookedAt, testing::ElementsAre(20, 19, 18, 17, 16, 15, 14, 13, 12, 11, 10, 9));
+    EXPECT_EQ(evidence.against, 12.0);
+}
+
 TEST(Weigh, SaysNothingOfNoPairs)
 {
     const Evidence evidence = ByLinks({}).of({});

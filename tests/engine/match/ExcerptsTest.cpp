@@ -77,17 +77,17 @@ TEST(Excerpts, OfSilenceProposeNothing)
 
 TEST(Excerpts, AreLookedForInAllPiecesOfTheLonger)
 {
-    // Twenty minutes of silence, which is the first piece, and a sound in the second, which begins
-    // two minutes before.
+    // More than 1048 s of silence, which are the first piece, and a sound in the second, which
+    // begins two minutes before.
     const std::vector<float> sound = noise(1, 100 * rate);
-    Prepared longer = silenceFor(1201);
+    Prepared longer = silenceFor(1049);
     longer.samples.append(sound.data(), sound.size());
     const Prepared shorter = preparedOf(sound);
     const PairInHand pair{{0, 1}, longer, shorter};
 
     const auto proposals = vxlsync::proposeExcerpts(pair, never);
 
-    EXPECT_EQ(countAt(proposals, 1201.0), 2u);
+    EXPECT_EQ(countAt(proposals, 1049.0), 2u);
     // 221 s and 30 s are two million samples, a length of 2^21: two floats each, and twice two
     // bytes for seven eighths of half as many bins.
     EXPECT_NEAR(static_cast<double>(vxlsync::bytesOfExcerpts(pair)), 20.45e6, 0.1e6);
