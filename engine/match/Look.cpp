@@ -24,12 +24,23 @@ constexpr double sameLineSeconds = 0.02;
 // matter as rivals.
 constexpr std::size_t lookedAtClosely = 3;
 
+// True if the link's line is near, or what it continues by behind a jump.
+bool isNear(const Link& link, double offset)
+{
+    const auto reaches = [&](double lineOffset) {
+        return std::fabs(lineOffset - offset) < sameLineSeconds;
+    };
+    return reaches(link.line.offset) ||
+           std::any_of(link.jumps.begin(), link.jumps.end(), [&](const Jump& jump) {
+               return reaches(link.line.offset + jump.sizeSeconds);
+           });
+}
+
 // Null if none of the links is near.
 Link* linkNear(Links& links, double offset)
 {
-    const auto near = std::find_if(links.begin(), links.end(), [offset](const Link& link) {
-        return std::fabs(link.line.offset - offset) < sameLineSeconds;
-    });
+    const auto near = std::find_if(links.begin(), links.end(),
+                                   [offset](const Link& link) { return isNear(link, offset); });
     return near == links.end() ? nullptr : &*near;
 }
 
@@ -50,11 +61,12 @@ bool passesFewWindows(AlignRequest request, const PairInHand& pair, const Interr
            doubtfulSignificance;
 }
 
-// A line that had as many windows as a first look may have is measured with all that fit.
+// A line that had as many windows as a first look may have is measured with all that fit; others
+// have had them all.
 Alignment closeLine(const PairInHand& pair, const Alignment& line, const Interrupt& interrupt,
                     AlignWorkspace& work)
 {
-    if (line.windows.size() < firstLookWindows) return line;
+    if (line.windows.size() != firstLookWindows) return line;
     AlignRequest request;
     request.offset = line.offset;
     request.slope = line.slope;
@@ -79,7 +91,8 @@ Links lookAt(const Proposal& proposal, const PairInHand& pair, Links known,
     if (!standsOutOfChance(line)) return known;
     if (Link* near = linkNear(known, line.offset)) {
         near->height = std::max(near->height, proposal.height);
-        if (line.coherence > near->line.coherence) near->line = line;
+        // What a jump joins is described by both its lines.
+        if (near->jumps.empty() && line.coherence > near->line.coherence) near->line = line;
         return known;
     }
     Link link;
@@ -96,8 +109,10 @@ Links lookClosely(const PairInHand& pair, Links ofPair, const Interrupt& interru
                   AlignWorkspace& work)
 {
     ofPair = mostCoherentFirst(std::move(ofPair));
-    for (std::size_t i = 0; i < std::min(ofPair.size(), lookedAtClosely); ++i)
-        ofPair[i].line = closeLine(pair, ofPair[i].line, interrupt, work);
+    for (std::size_t i = 0; i < std::min(ofPair.size(), lookedAtClosely); ++i) {
+        if (ofPair[i].jumps.empty())
+            ofPair[i].line = closeLine(pair, ofPair[i].line, interrupt, work);
+    }
     ofPair.erase(std::remove_if(ofPair.begin(), ofPair.end(),
                                 [](const Link& link) { return !isEvidence(link.line); }),
                  ofPair.end());
