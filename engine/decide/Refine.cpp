@@ -1,5 +1,6 @@
 #include "decide/Refine.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <optional>
@@ -16,13 +17,13 @@ namespace vxlsync
 namespace
 {
 
-// The line is known to a fraction of a millisecond; more room would only let noise in.
-constexpr double refineReachSeconds = 0.001;
-constexpr double refineSlopeReach = 2e-6;
 // Above this, in Hz, microphones and lossy codecs leave little in common.
 constexpr double refineHighestFrequency = 6500.0;
 // A finer measurement that disagrees by more has lost the line.
 constexpr double farthestMoveSeconds = 0.0005;
+// A recording is refined against so many others; more tell its place hardly better, and every one
+// costs as much as it did to find.
+constexpr std::size_t refinedLinks = 3;
 // So has one on which fewer windows agree than this share of those that agreed before.
 constexpr double leastAgreementKept = 0.5;
 
@@ -36,6 +37,30 @@ bool canBeRefined(const Link& link, const std::vector<Recording>& recordings)
     const Recording& first = recordings[link.first];
     const Recording& second = recordings[link.second];
     return link.isUsed() && isFine(first) && isFine(second) && first.fineRate == second.fineRate;
+}
+
+// Of those that can be refined, the most significant of each recording, by index and in order.
+std::vector<std::size_t> linksToRefine(const Links& links, const std::vector<Recording>& recordings)
+{
+    std::vector<std::size_t> order;
+    for (std::size_t i = 0; i < links.size(); ++i) {
+        if (canBeRefined(links[i], recordings)) order.push_back(i);
+    }
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t left, std::size_t right) {
+        return links[left].line.significance > links[right].line.significance;
+    });
+    std::vector<std::size_t> refined(recordings.size(), 0);
+    std::vector<std::size_t> chosen;
+    for (const std::size_t index : order) {
+        std::size_t& first = refined[links[index].first];
+        std::size_t& second = refined[links[index].second];
+        if (first >= refinedLinks && second >= refinedLinks) continue;
+        ++first;
+        ++second;
+        chosen.push_back(index);
+    }
+    std::sort(chosen.begin(), chosen.end());
+    return chosen;
 }
 
 // Memory that a recording takes once it is unpacked, floats for halves, with an eighth for its
@@ -58,8 +83,7 @@ std::vector<Batch> batchesOf(const Links& links, const std::vector<Recording>& r
 {
     std::vector<Batch> batches;
     std::size_t taken = 0;
-    for (std::size_t i = 0; i < links.size(); ++i) {
-        if (!canBeRefined(links[i], recordings)) continue;
+    for (const std::size_t i : linksToRefine(links, recordings)) {
         const std::set<std::size_t> pair{links[i].first, links[i].second};
         std::size_t added = 0;
         std::size_t both = 0;
@@ -104,8 +128,7 @@ Alignment measured(const Alignment& line, const Prepared& first, const Prepared&
     request.offset = line.offset;
     request.slope = line.slope;
     request.sign = line.sign;
-    request.reach = refineReachSeconds;
-    request.slopeReach = refineSlopeReach;
+    request.isKnown = true;
     request.highest = refineHighestFrequency;
     return align(first, second, request, interrupt, work);
 }

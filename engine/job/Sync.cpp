@@ -11,6 +11,7 @@
 #include "job/Origins.h"
 #include "job/Plan.h"
 #include "match/Examine.h"
+#include "match/LandmarkOffsets.h"
 #include "match/Landmarks.h"
 #include "match/Search.h"
 #include "read/Read.h"
@@ -51,11 +52,11 @@ Result workThrough(Plan& plan, const Options& options, Run& run)
     const std::vector<Origin> origins = findOrigins(plan.sources, recordings, options);
     addOrigins(origins, plan.constraints);
     const ReportInput reported{plan.sources, recordings, plan.sourceAt, origins};
-    const std::vector<LandmarkGroup> byLandmarks = groupByLandmarks(recordings, run);
-    if (options.landmarksOnly) return reportLandmarks(reported, byLandmarks);
+    if (options.landmarksOnly) return reportLandmarks(reported, groupByLandmarks(recordings, run));
 
+    const std::vector<LandmarkOffset> landmarks = offsetsByLandmarks(recordings, run);
     const std::vector<Prepared> prepared = prepareAll(takeSamples(recordings), run);
-    Links links = searchPairs(prepared, plan.constraints.devices, offsetsOf(byLandmarks), run);
+    Links links = searchPairs(prepared, plan.constraints.devices, landmarks, run);
 
     run.meter.begin(Stage::deciding, 0);
     for (const Recording& recording : recordings)

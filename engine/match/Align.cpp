@@ -47,6 +47,7 @@ Alignment align(const Prepared& first, const Prepared& second, const AlignReques
 {
     const Overlap overlap = overlapOf(first.seconds(), second.seconds(), request.offset);
     if (overlap.seconds() < shortestWindowedSeconds) return nothingShared(overlap, request);
+    work.forgetSpectra();
     const Windows windows = placeWindows(first, second, request.offset, request.mostWindows);
     const auto rowsAbout = [&](const Line& line, const RowsRequest& rows) {
         return correlateWindows(first, second, windows, line, rows, interrupt, work);
@@ -54,20 +55,23 @@ Alignment align(const Prepared& first, const Prepared& second, const AlignReques
 
     const double halfOverlap = overlap.seconds() / 2.0;
     const Line about{overlap.middle(), request.offset, request.slope, signOf(request)};
-    const double farthest = request.reach + request.slopeReach * halfOverlap;
-    // Two more samples for the neighbours of the last.
-    const auto reach = static_cast<std::int64_t>(farthest * first.rate) + 2;
-    const SearchRange range{request.reach, request.slopeReach, request.sign == 0.0};
-    const FoundLine coarse = searchLine(rowsAbout(about, {reach, request.highest, false}), windows,
-                                        about, range, interrupt);
-    if (coarse.significance < request.leastSignificance) {
-        Alignment alignment = describeLine(windows, coarse.line);
-        alignment.significance = coarse.significance;
-        return alignment;
+    FittedLine fitted{about, 0.0, 0.0};
+    if (!request.isKnown) {
+        const double farthest = request.reach + request.slopeReach * halfOverlap;
+        // Two more samples for the neighbours of the last.
+        const auto reach = static_cast<std::int64_t>(farthest * first.rate) + 2;
+        const SearchRange range{request.reach, request.slopeReach, request.sign == 0.0};
+        const FoundLine coarse = searchLine(rowsAbout(about, {reach, request.highest, false}),
+                                            windows, about, range, interrupt);
+        if (coarse.significance < request.leastSignificance) {
+            Alignment alignment = describeLine(windows, coarse.line);
+            alignment.significance = coarse.significance;
+            return alignment;
+        }
+        fitted.line = coarse.line;
     }
 
     const auto nearby = static_cast<std::int64_t>(farthestNeighbourSeconds * first.rate);
-    FittedLine fitted{coarse.line, 0.0, 0.0};
     Rows rows;
     double moved = farthestNeighbourSeconds;
     for (int fits = 0; fits < mostFits && moved >= settledSeconds; ++fits) {

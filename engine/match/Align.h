@@ -31,6 +31,8 @@ struct AlignRequest {
     // A line whose significance is below is not looked at further: of the places that chance
     // proposes few reach this.
     double leastSignificance = 6.0;
+    // The line is known to a fraction of a millisecond: it is fitted, and none is searched for.
+    bool isKnown = false;
 };
 
 // Measures how two recordings lie to each other: places windows over the shared time, correlates

@@ -10,4 +10,12 @@ Transform& AlignWorkspace::transform(std::size_t length)
     return *held;
 }
 
+std::vector<Spectrum>& AlignWorkspace::spectraOf(std::size_t windowLength, std::size_t windows)
+{
+    if (windowLength != cutLength || firstSpectra.size() != windows) firstSpectra.clear();
+    cutLength = windowLength;
+    firstSpectra.resize(windows);
+    return firstSpectra;
+}
+
 } // namespace vxlsync

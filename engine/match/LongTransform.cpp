@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "match/KissPlan.h"
+#include "match/ComplexPlan.h"
 
 namespace vxlsync
 {
@@ -20,29 +20,12 @@ constexpr std::size_t tileSide = 16;
 // Numbers that are unpacked between two questions whether the job shall end: a millisecond or less.
 constexpr std::size_t unpackedPerQuestion = std::size_t{1} << 16U;
 
-void transform(const ComplexPlan& plan, const std::complex<float>* in, std::complex<float>* out)
-{
-    kiss_fft(plan.get(), reinterpret_cast<const kiss_fft_cpx*>(in),
-             reinterpret_cast<kiss_fft_cpx*>(out));
-}
-
-// The operator of the library looks for infinities.
-std::complex<float> product(std::complex<float> left, std::complex<float> right)
-{
-    return {left.real() * right.real() - left.imag() * right.imag(),
-            left.real() * right.imag() + left.imag() * right.real()};
-}
-
-// The greatest number whose square divides `count`, of prime factors 2, 3 and 5.
+// The greatest power of two whose square divides `count`.
 std::size_t rootOfSquareIn(std::size_t count)
 {
     std::size_t root = 1;
-    for (const std::size_t factor : {std::size_t{2}, std::size_t{3}, std::size_t{5}}) {
-        while (count % (factor * factor) == 0) {
-            count /= factor * factor;
-            root *= factor;
-        }
-    }
+    for (; count % 4 == 0; count /= 4)
+        root *= 2;
     return root;
 }
 
@@ -159,7 +142,7 @@ void LongTransform::transformColumns(Direction& direction, const Load& load,
         for (std::size_t i = 0; i < width; ++i) {
             const std::size_t column = from + i;
             places[i] = out + column / rows * rows * rows + column % rows;
-            transform(direction.ofColumn, batch.data() + i * stride, single.data());
+            direction.ofColumn.transform(batch.data() + i * stride, single.data());
             turnColumn(direction, column, batch.data() + i * stride);
         }
         for (std::size_t row = 0; row < rows; ++row) {
@@ -188,7 +171,7 @@ void LongTransform::transformRows(Direction& direction, std::complex<float>* out
             const std::complex<float>* part = out + (from + row) * rows;
             std::copy(part, part + rows, single.data() + from);
         }
-        transform(direction.ofRow, single.data(), batch.data());
+        direction.ofRow.transform(single.data(), batch.data());
         for (std::size_t from = 0; from < columns; from += rows)
             std::copy(batch.data() + from, batch.data() + from + rows, out + (from + row) * rows);
     }

@@ -6,11 +6,15 @@
 #include <memory>
 #include <vector>
 
+#include "match/RealPlan.h"
 #include "match/Rotations.h"
 #include "running/Interrupt.h"
 
 namespace vxlsync
 {
+
+// So that a row and a column are as long as a plan must be.
+constexpr std::size_t shortestLongTransform = 2 * shortestPlan * shortestPlan;
 
 // Real transform of one length that is far larger than a processor's cache. The samples, two to a
 // complex number, are taken as rows and columns of a matrix: the columns are transformed, turned,
@@ -20,7 +24,7 @@ namespace vxlsync
 class LongTransform
 {
 public:
-    // Requires an even length of prime factors 2, 3 and 5. `newInterrupt` may be null, and is
+    // Requires a power of two of at least shortestLongTransform. `newInterrupt` may be null, and is
     // borrowed.
     LongTransform(std::size_t newLength, const Interrupt* newInterrupt);
     ~LongTransform();
@@ -47,8 +51,8 @@ private:
     Direction& directionOf(std::unique_ptr<Direction>& direction, bool isInverse);
     void check() const;
 
-    // Complex numbers, and the matrix that they are: so many rows, and columns that are a small
-    // multiple of them, so that squares make it up.
+    // Complex numbers, and the matrix that they are: so many rows, and as many columns or twice
+    // as many, so that one square or two make it up.
     std::size_t count;
     std::size_t rows;
     std::size_t columns;

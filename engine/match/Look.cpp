@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "match/Evidence.h"
 #include "match/Jumps.h"
@@ -14,26 +15,32 @@ namespace
 
 // First look at a place: enough windows to tell chance.
 constexpr std::size_t firstLookWindows = 12;
+// Of a doubtful place: what is tied stands out of four windows as well, and of chance a tenth does.
+constexpr std::size_t doubtfulWindows = 4;
+constexpr double doubtfulSignificance = 6.0;
 // Two lines nearer to each other, in seconds, are one.
 constexpr double sameLineSeconds = 0.02;
 // So many of a pair's links are measured with all windows; of a loop's many turns the rest only
 // matter as rivals.
 constexpr std::size_t lookedAtClosely = 3;
-// How far the first look may be off, in seconds and of the clocks' difference.
-constexpr double closeReach = 0.005;
-constexpr double closeSlopeReach = 40e-6;
-// A piece of music does not repeat itself for three minutes, and what is far above chance in all
-// but one of fifty windows all along is no repeat.
-constexpr double settlingOverlapSeconds = 180.0;
-constexpr double settlingSignificance = 60.0;
-constexpr double settlingAgreement = 0.98;
+
+// True if the link's line is near, or what it continues by behind a jump.
+bool isNear(const Link& link, double offset)
+{
+    const auto reaches = [&](double lineOffset) {
+        return std::fabs(lineOffset - offset) < sameLineSeconds;
+    };
+    return reaches(link.line.offset) ||
+           std::any_of(link.jumps.begin(), link.jumps.end(), [&](const Jump& jump) {
+               return reaches(link.line.offset + jump.sizeSeconds);
+           });
+}
 
 // Null if none of the links is near.
 Link* linkNear(Links& links, double offset)
 {
-    const auto near = std::find_if(links.begin(), links.end(), [offset](const Link& link) {
-        return std::fabs(link.line.offset - offset) < sameLineSeconds;
-    });
+    const auto near = std::find_if(links.begin(), links.end(),
+                                   [offset](const Link& link) { return isNear(link, offset); });
     return near == links.end() ? nullptr : &*near;
 }
 
@@ -45,17 +52,26 @@ Links mostCoherentFirst(Links links)
     return links;
 }
 
-// A line that had as many windows as a first look may have is measured with all that fit.
+bool passesFewWindows(AlignRequest request, const PairInHand& pair, const Interrupt& interrupt,
+                      AlignWorkspace& work)
+{
+    request.mostWindows = doubtfulWindows;
+    request.leastSignificance = std::numeric_limits<double>::infinity();
+    return align(pair.first, pair.second, request, interrupt, work).significance >=
+           doubtfulSignificance;
+}
+
+// A line that had as many windows as a first look may have is measured with all that fit; others
+// have had them all.
 Alignment closeLine(const PairInHand& pair, const Alignment& line, const Interrupt& interrupt,
                     AlignWorkspace& work)
 {
-    if (line.windows.size() < firstLookWindows) return line;
+    if (line.windows.size() != firstLookWindows) return line;
     AlignRequest request;
     request.offset = line.offset;
     request.slope = line.slope;
     request.sign = line.sign;
-    request.reach = closeReach;
-    request.slopeReach = closeSlopeReach;
+    request.isKnown = true;
     return align(pair.first, pair.second, request, interrupt, work);
 }
 
@@ -69,12 +85,14 @@ Links lookAt(const Proposal& proposal, const PairInHand& pair, Links known,
         return known;
     }
     AlignRequest request = proposal.request;
+    if (proposal.isDoubtful && !passesFewWindows(request, pair, interrupt, work)) return known;
     request.mostWindows = firstLookWindows;
     const Alignment line = align(pair.first, pair.second, request, interrupt, work);
     if (!standsOutOfChance(line)) return known;
     if (Link* near = linkNear(known, line.offset)) {
         near->height = std::max(near->height, proposal.height);
-        if (line.coherence > near->line.coherence) near->line = line;
+        // What a jump joins is described by both its lines.
+        if (near->jumps.empty() && line.coherence > near->line.coherence) near->line = line;
         return known;
     }
     Link link;
@@ -87,21 +105,14 @@ Links lookAt(const Proposal& proposal, const PairInHand& pair, Links known,
     return known;
 }
 
-bool isSettled(const Links& ofPair)
-{
-    return std::any_of(ofPair.begin(), ofPair.end(), [](const Link& link) {
-        return link.line.overlap() >= settlingOverlapSeconds &&
-               link.line.significance >= settlingSignificance &&
-               link.line.agreement >= settlingAgreement;
-    });
-}
-
 Links lookClosely(const PairInHand& pair, Links ofPair, const Interrupt& interrupt,
                   AlignWorkspace& work)
 {
     ofPair = mostCoherentFirst(std::move(ofPair));
-    for (std::size_t i = 0; i < std::min(ofPair.size(), lookedAtClosely); ++i)
-        ofPair[i].line = closeLine(pair, ofPair[i].line, interrupt, work);
+    for (std::size_t i = 0; i < std::min(ofPair.size(), lookedAtClosely); ++i) {
+        if (ofPair[i].jumps.empty())
+            ofPair[i].line = closeLine(pair, ofPair[i].line, interrupt, work);
+    }
     ofPair.erase(std::remove_if(ofPair.begin(), ofPair.end(),
                                 [](const Link& link) { return !isEvidence(link.line); }),
                  ofPair.end());

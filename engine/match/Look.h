@@ -15,6 +15,8 @@ struct Proposal {
     Method method = Method::correlation;
     // Height of the whole correlation in units of its rms; 0 if nothing was correlated.
     double height = 0.0;
+    // True for one of many that are mostly chance: very few windows say so.
+    bool isDoubtful = false;
 };
 
 // The pair that is looked at.
@@ -29,9 +31,6 @@ struct PairInHand {
 // Cancelled.
 Links lookAt(const Proposal& proposal, const PairInHand& pair, Links known,
              const Interrupt& interrupt, AlignWorkspace& work);
-
-// True if the landmarks' line is so clear all along that no other need be searched.
-bool isSettled(const Links& ofPair);
 
 // Measures the best of a pair's links with all windows, drops those that are no evidence, and joins
 // what a jump has parted. The most coherent first. Throws Cancelled.

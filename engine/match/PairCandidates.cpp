@@ -178,24 +178,31 @@ void searchGroup(const std::vector<Prepared>& recordings, const LengthGroup& gro
 
 } // namespace
 
-std::vector<PiecePair> piecePairsOf(const std::vector<Prepared>& recordings,
-                                    const std::vector<RecordingPair>& pairs)
+std::vector<PiecePair> wholesOf(const std::vector<Prepared>& recordings,
+                                const std::vector<RecordingPair>& pairs)
 {
     std::vector<PiecePair> piecePairs;
-    const auto add = [&](std::size_t pair, const Piece& first, const Piece& second) {
-        piecePairs.push_back({pair, first, second});
-    };
     for (std::size_t i = 0; i < pairs.size(); ++i) {
         const auto [first, second] = pairs[i];
-        const Prepared& firstRecording = recordings[first];
-        const Prepared& secondRecording = recordings[second];
-        const std::vector<Piece> ofSecond = piecesOf(secondRecording, second);
-        for (const Piece& ofFirst : piecesOf(firstRecording, first)) {
+        const std::vector<Piece> ofSecond = piecesOf(recordings[second], second);
+        for (const Piece& ofFirst : piecesOf(recordings[first], first)) {
             for (const Piece& piece : ofSecond)
-                add(i, ofFirst, piece);
+                piecePairs.push_back({i, ofFirst, piece});
         }
-        add(i, headOf(firstRecording, first), tailOf(secondRecording, second));
-        add(i, tailOf(firstRecording, first), headOf(secondRecording, second));
+    }
+    return piecePairs;
+}
+
+std::vector<PiecePair> edgesOf(const std::vector<Prepared>& recordings,
+                               const std::vector<RecordingPair>& pairs)
+{
+    std::vector<PiecePair> piecePairs;
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+        const auto [first, second] = pairs[i];
+        piecePairs.push_back(
+            {i, headOf(recordings[first], first), tailOf(recordings[second], second)});
+        piecePairs.push_back(
+            {i, tailOf(recordings[first], first), headOf(recordings[second], second)});
     }
     return piecePairs;
 }

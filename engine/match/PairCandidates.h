@@ -19,10 +19,13 @@ struct PiecePair {
     Piece second;
 };
 
-// What is correlated for all pairs: every piece with every one of the other recording, and the
-// edges.
-std::vector<PiecePair> piecePairsOf(const std::vector<Prepared>& recordings,
-                                    const std::vector<RecordingPair>& pairs);
+// Every piece of the one recording with every one of the other, by pair.
+std::vector<PiecePair> wholesOf(const std::vector<Prepared>& recordings,
+                                const std::vector<RecordingPair>& pairs);
+
+// The head of the one with the tail of the other, both ways.
+std::vector<PiecePair> edgesOf(const std::vector<Prepared>& recordings,
+                               const std::vector<RecordingPair>& pairs);
 
 // The candidates of each of `pairCount` pairs, their lags in samples of the whole recordings. Makes
 // a step of the meter for each pair of pieces. Throws Cancelled. The result depends neither on the

@@ -2,10 +2,6 @@
 #define VXL_SYNC_PAIRS_H
 
 #include <cstddef>
-#include <string>
-#include <vector>
-
-#include "match/Prepared.h"
 
 namespace vxlsync
 {
@@ -16,10 +12,10 @@ struct RecordingPair {
     std::size_t second = 0;
 };
 
-// All pairs of recordings with sound, in order, but for those whose devices are stated and the
-// same.
-std::vector<RecordingPair> pairsToCompare(const std::vector<Prepared>& recordings,
-                                          const std::vector<std::string>& devices);
+inline bool isSame(const RecordingPair& left, const RecordingPair& right)
+{
+    return left.first == right.first && left.second == right.second;
+}
 
 } // namespace vxlsync
 

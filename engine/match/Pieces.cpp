@@ -10,9 +10,10 @@ namespace vxlsync
 namespace
 {
 
-// Clocks 170 millionths apart blur 20 minutes by 0.2 s, which still leaves a peak to be seen where
-// the music is dense; two minutes shared are as long as the shortest overlap that can hide.
-constexpr double pieceSeconds = 1200.0;
+// Clocks 170 millionths apart blur 17 minutes by 0.2 s, which still leaves a peak to be seen where
+// the music is dense; two minutes shared are as long as the shortest overlap that can hide. Two
+// pieces fill a transform of 2^24 samples.
+constexpr double pieceSeconds = 1048.0;
 constexpr double pieceSharedSeconds = 120.0;
 // Six times the shortest overlap, half of it the other recording's.
 constexpr double edgeSeconds = 12.0;
@@ -49,13 +50,7 @@ Piece tailOf(const Prepared& recording, std::size_t index)
 
 std::size_t lengthClass(std::size_t samples)
 {
-    std::size_t length = shortestLength;
-    while (length < samples)
-        length *= 2;
-    for (const std::size_t eighths : {std::size_t{5}, std::size_t{6}, std::size_t{7}}) {
-        if (length / 8 * eighths >= samples) return fastLength(length / 8 * eighths);
-    }
-    return length;
+    return fastLength(std::max(samples, shortestLength));
 }
 
 } // namespace vxlsync

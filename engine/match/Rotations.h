@@ -8,6 +8,13 @@
 namespace vxlsync
 {
 
+// The operator of the library looks for infinities.
+inline std::complex<float> product(std::complex<float> left, std::complex<float> right)
+{
+    return {left.real() * right.real() - left.imag() * right.imag(),
+            left.real() * right.imag() + left.imag() * right.real()};
+}
+
 // The roots of unity of one order, e^(-2 pi i k / order), right to double precision rounded once.
 // Two tables of the root of the order's length each, since one of all would be as large as the
 // sound that is transformed.

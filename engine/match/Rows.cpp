@@ -15,6 +15,9 @@ namespace
 constexpr double usableShareOfRate = 0.45;
 // Of a window's length, at each end.
 constexpr std::size_t windowsPerFade = 8;
+// A window gives up to so much of its length to the margins about it, where that halves its
+// transform, which is a power of two.
+constexpr double leastWindowShare = 0.8;
 // The faded ends make neighbouring bins alike, so that fewer of them are independent: the variance
 // of a value against that of bins which are.
 constexpr double fadedVariance = 1.1;
@@ -63,9 +66,15 @@ Layout layoutOf(int rate, double windowSeconds, const RowsRequest& request)
 {
     Layout layout;
     layout.rate = rate;
-    layout.length = static_cast<std::size_t>(windowSeconds * rate);
     layout.margin = static_cast<std::size_t>(request.reach);
-    layout.size = fastLength(layout.length + 2 * layout.margin + 2);
+    const auto whole = static_cast<std::size_t>(windowSeconds * rate);
+    const std::size_t margins = 2 * layout.margin + 2;
+    layout.size = fastLength(whole);
+    layout.length = std::min(whole, layout.size - std::min(layout.size, margins));
+    if (static_cast<double>(layout.length) < leastWindowShare * static_cast<double>(whole)) {
+        layout.size = fastLength(whole + margins);
+        layout.length = whole;
+    }
     layout.fade = cosineFade(layout.length / windowsPerFade);
     const double binsPerHertz = static_cast<double>(layout.size) / rate;
     const double top = std::min(request.highest, usableShareOfRate * rate);
@@ -89,9 +98,10 @@ struct CutPlace {
 CutPlace placeOf(const Layout& layout, const Windows& windows, std::size_t index, const Line& line,
                  bool isStretched)
 {
-    const double start = std::round(windows.start(index) * layout.rate);
+    const double half = static_cast<double>(layout.length) / 2.0;
+    const double start = std::round(windows.times[index] * layout.rate - half);
     const double startSeconds = start / layout.rate;
-    const double time = isStretched ? startSeconds : startSeconds + windows.seconds / 2.0;
+    const double time = isStretched ? startSeconds : startSeconds + half / layout.rate;
     const double step = isStretched ? 1.0 - line.slope : 1.0;
     // Position in the second recording of what stands at `start` in the first.
     const double exact = start - line.at(time) * layout.rate;
@@ -100,63 +110,102 @@ CutPlace placeOf(const Layout& layout, const Windows& windows, std::size_t index
     return {static_cast<std::int64_t>(start), from - step * margin, step, margin + (exact - from)};
 }
 
-// False if either part is silent.
-bool cutParts(const Prepared& first, const Prepared& second, const Layout& layout,
-              const CutPlace& place, AlignWorkspace& work)
+// The spectrum of the first recording's part, or null if that is silent. It stays for the next line
+// about which the same windows are correlated.
+const Spectrum* firstSpectrumOf(const Prepared& first, const Layout& layout, const CutPlace& place,
+                                Spectrum& kept, AlignWorkspace& work)
 {
-    const std::size_t secondLength = layout.length + 2 * layout.margin;
-    float* secondPart = work.secondPart.data();
+    if (!kept.empty()) return &kept;
     if (!work.cutter.cut(first.samples, place.first, layout.length, layout.fade,
                          work.firstPart.data()))
-        return false;
-    if (place.step != 1.0)
-        return work.cutter.cutStretched(second.samples, place.second, place.step, secondLength,
-                                        layout.fade, secondPart);
-    return work.cutter.cut(second.samples, static_cast<std::int64_t>(place.second), secondLength,
-                           layout.fade, secondPart);
+        return nullptr;
+    Transform& transform = work.transform(layout.size);
+    kept.resize(transform.bins());
+    transform.forward(work.firstPart.data(), kept.data());
+    return &kept;
 }
 
-// Replaces the first's values by the phases of the first against the second, turned by `turn` for
-// each bin, and returns the sum of their cosines.
-double turnPhases(Spectrum& first, const Spectrum& second, const BandBins& bins, double turn)
+// False if the second recording's part is silent.
+bool cutSecond(const Prepared& second, const Layout& layout, const CutPlace& place,
+               AlignWorkspace& work)
 {
-    // Started anew in each band, so that rounding does not add up.
-    const std::complex<double> begin = std::polar(1.0, turn * static_cast<double>(bins.from));
-    const std::complex<double> next = std::polar(1.0, turn);
-    double rotorReal = begin.real();
-    double rotorImaginary = begin.imag();
-    double sum = 0.0;
-    for (std::size_t bin = bins.from; bin < bins.to; ++bin) {
-        const std::complex<float> a = first[bin];
-        const std::complex<float> b = second[bin];
-        const float real = a.real() * b.real() + a.imag() * b.imag();
-        const float imaginary = a.imag() * b.real() - a.real() * b.imag();
-        const float power = real * real + imaginary * imaginary;
-        const float scale = power > 0.0f ? 1.0f / std::sqrt(power) : 0.0f;
-        const auto turnReal = static_cast<float>(rotorReal);
-        const auto turnImaginary = static_cast<float>(rotorImaginary);
-        const float turnedReal = (real * turnReal - imaginary * turnImaginary) * scale;
-        first[bin] = {turnedReal, (real * turnImaginary + imaginary * turnReal) * scale};
-        sum += static_cast<double>(turnedReal);
-        const double keep = rotorReal;
-        rotorReal = keep * next.real() - rotorImaginary * next.imag();
-        rotorImaginary = keep * next.imag() + rotorImaginary * next.real();
+    const std::size_t length = layout.length + 2 * layout.margin;
+    float* part = work.secondPart.data();
+    if (place.step != 1.0)
+        return work.cutter.cutStretched(second.samples, place.second, place.step, length,
+                                        layout.fade, part);
+    return work.cutter.cut(second.samples, static_cast<std::int64_t>(place.second), length,
+                           layout.fade, part);
+}
+
+// Bins that are turned side by side.
+constexpr std::size_t turnLanes = 8;
+
+// The turns of so many bins from one that is not turned.
+struct LaneTurns {
+    float real[turnLanes];
+    float imaginary[turnLanes];
+
+    explicit LaneTurns(double turn)
+    {
+        for (std::size_t lane = 0; lane < turnLanes; ++lane) {
+            real[lane] = static_cast<float>(std::cos(turn * static_cast<double>(lane)));
+            imaginary[lane] = static_cast<float>(std::sin(turn * static_cast<double>(lane)));
+        }
     }
+};
+
+// The phases of the first against the second, turned by `turn` for each bin; gives the sum of their
+// cosines.
+double turnPhases(const Spectrum& first, const Spectrum& second, const BandBins& bins, double turn,
+                  const LaneTurns& lanes, Spectrum& product)
+{
+    float sums[turnLanes] = {};
+    // Started anew in each band, so that rounding does not add up.
+    std::complex<double> rotor = std::polar(1.0, turn * static_cast<double>(bins.from));
+    const std::complex<double> next = std::polar(1.0, turn * static_cast<double>(turnLanes));
+    for (std::size_t from = bins.from; from < bins.to; from += turnLanes) {
+        const auto rotorReal = static_cast<float>(rotor.real());
+        const auto rotorImaginary = static_cast<float>(rotor.imag());
+        const std::size_t count = std::min(turnLanes, bins.to - from);
+        for (std::size_t lane = 0; lane < count; ++lane) {
+            const std::complex<float> a = first[from + lane];
+            const std::complex<float> b = second[from + lane];
+            const float real = a.real() * b.real() + a.imag() * b.imag();
+            const float imaginary = a.imag() * b.real() - a.real() * b.imag();
+            const float power = real * real + imaginary * imaginary;
+            const float scale = power > 0.0f ? 1.0f / std::sqrt(power) : 0.0f;
+            const float turnReal =
+                rotorReal * lanes.real[lane] - rotorImaginary * lanes.imaginary[lane];
+            const float turnImaginary =
+                rotorReal * lanes.imaginary[lane] + rotorImaginary * lanes.real[lane];
+            const float turnedReal = (real * turnReal - imaginary * turnImaginary) * scale;
+            const float turnedImaginary = (real * turnImaginary + imaginary * turnReal) * scale;
+            product[from + lane] = {turnedReal, turnedImaginary};
+            sums[lane] += turnedReal;
+        }
+        rotor = {rotor.real() * next.real() - rotor.imag() * next.imag(),
+                 rotor.real() * next.imag() + rotor.imag() * next.real()};
+    }
+    double sum = 0.0;
+    for (const float lane : sums)
+        sum += static_cast<double>(lane);
     return sum;
 }
 
-// Leaves the phases of the parts in the first spectrum, turned so that the line stands at lag 0.
-void crossPhases(const Layout& layout, double late, double weight,
+// Leaves the phases of the parts in the product, turned so that the line stands at lag 0.
+void crossPhases(const Layout& layout, const Spectrum& first, double late, double weight,
                  std::vector<BandAgreement>& bands, AlignWorkspace& work)
 {
-    Spectrum& product = work.firstSpectrum;
+    Spectrum& product = work.product;
     const std::complex<float> nothing(0.0f, 0.0f);
     std::fill(product.begin(), product.begin() + static_cast<std::ptrdiff_t>(layout.lowBin),
               nothing);
     std::fill(product.begin() + static_cast<std::ptrdiff_t>(layout.endBin), product.end(), nothing);
     const double turn = -2.0 * std::acos(-1.0) * late / static_cast<double>(layout.size);
+    const LaneTurns lanes(turn);
     for (const BandBins& bins : layout.bandBins) {
-        const double sum = turnPhases(product, work.secondSpectrum, bins, turn);
+        const double sum = turnPhases(first, work.secondSpectrum, bins, turn, lanes, product);
         // The band's upper end may be the first bin of one that is not counted.
         if (bins.band < bands.size()) bands[bins.band].sum += weight * sum;
     }
@@ -174,7 +223,7 @@ void reserve(const Layout& layout, std::size_t bins, AlignWorkspace& work)
 {
     work.firstPart.assign(layout.size, 0.0f);
     work.secondPart.assign(layout.size, 0.0f);
-    work.firstSpectrum.resize(bins);
+    work.product.resize(bins);
     work.secondSpectrum.resize(bins);
     work.correlation.resize(layout.size);
 }
@@ -206,18 +255,19 @@ Rows correlateWindows(const Prepared& first, const Prepared& second, const Windo
     const Layout layout = layoutOf(first.rate, windows.seconds, request);
     Transform& transform = work.transform(layout.size);
     reserve(layout, transform.bins(), work);
+    std::vector<Spectrum>& spectra = work.spectraOf(layout.length, windows.count());
     Rows rows = emptyRows(layout, windows, request.reach);
     const bool isStretched = request.followsClock && std::fabs(line.slope) > gentleSlope;
     const auto scale = static_cast<float>(line.sign / (2.0 * static_cast<double>(layout.bins())));
     for (std::size_t i = 0; i < windows.count(); ++i) {
         interrupt.check();
         const CutPlace place = placeOf(layout, windows, i, line, isStretched);
+        const Spectrum* ofFirst = firstSpectrumOf(first, layout, place, spectra[i], work);
         // Silence agrees with nothing.
-        if (!cutParts(first, second, layout, place, work)) continue;
-        transform.forward(work.firstPart.data(), work.firstSpectrum.data());
+        if (!ofFirst || !cutSecond(second, layout, place, work)) continue;
         transform.forward(work.secondPart.data(), work.secondSpectrum.data());
-        crossPhases(layout, place.late, windows.weights[i], rows.bands, work);
-        transform.inverse(work.firstSpectrum.data(), work.correlation.data());
+        crossPhases(layout, *ofFirst, place.late, windows.weights[i], rows.bands, work);
+        transform.inverse(work.product.data(), work.correlation.data());
         copyRow(work.correlation, request.reach, scale, rows.values.data() + i * rows.width());
     }
     return rows;

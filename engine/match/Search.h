@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "match/Landmarks.h"
+#include "match/LandmarkOffsets.h"
 #include "match/Prepared.h"
 #include "model/Link.h"
 #include "running/Run.h"

@@ -13,7 +13,7 @@ namespace vxlsync
 
 using Spectrum = std::vector<std::complex<float>>;
 
-// The least even length that is not below `samples` and has no prime factor but 2, 3 and 5.
+// The least length of a transform that is not below `samples`: a power of two.
 std::size_t fastLength(std::size_t samples);
 
 // Real transform of one length and its inverse. An object has scratch space of its own, so that

@@ -41,16 +41,23 @@ void Meter::begin(Stage newStage, std::size_t newSteps)
 {
     const std::lock_guard<std::mutex> lock(guard);
     stage = newStage;
-    steps = newSteps;
-    done = 0;
-    tell(0.0, std::nullopt);
+    enter({0.0, 1.0, newSteps});
+}
+
+void Meter::part(const StagePart& newPart)
+{
+    const std::lock_guard<std::mutex> lock(guard);
+    enter(newPart);
 }
 
 void Meter::step(std::optional<std::size_t> finishedSource)
 {
     const std::lock_guard<std::mutex> lock(guard);
-    done = std::min(done + 1, steps);
-    tell(steps > 0 ? static_cast<double>(done) / static_cast<double>(steps) : 0.0, finishedSource);
+    done = std::min(done + 1, stagePart.steps);
+    const double share = stagePart.steps > 0
+                             ? static_cast<double>(done) / static_cast<double>(stagePart.steps)
+                             : 0.0;
+    tell(stagePart.begin + share * (stagePart.end - stagePart.begin), finishedSource);
 }
 
 void Meter::finish()
@@ -58,6 +65,13 @@ void Meter::finish()
     const std::lock_guard<std::mutex> lock(guard);
     stage = Stage::refining;
     tell(1.0, std::nullopt);
+}
+
+void Meter::enter(const StagePart& newPart)
+{
+    stagePart = newPart;
+    done = 0;
+    tell(stagePart.begin, std::nullopt);
 }
 
 void Meter::tell(double stageShare, std::optional<std::size_t> finishedSource)

@@ -241,6 +241,28 @@ TEST(Refine, DependsNeitherOnMemoryNorOnThreads)
     EXPECT_TRUE(isTheSame(plain[3], links[3]));
 }
 
+TEST(Refine, MeasuresTheClearestLinksOfEachRecording)
+{
+    // Five recordings of one stretch have ten links, each clearer than the next.
+    Links links;
+    for (std::size_t first = 0; first < 5; ++first) {
+        for (std::size_t second = first + 1; second < 5; ++second) {
+            links.push_back(linkOf(first, second, 0.0));
+            links.back().line.significance = 100.0 - static_cast<double>(links.size());
+        }
+    }
+    std::vector<Recording> recordings;
+    for (std::size_t i = 0; i < 5; ++i)
+        recordings.push_back(heardFrom(0));
+
+    const Links fine = refined(links, recordings);
+
+    // When the last, that of 3 and 4, has its turn, both have three with 0, 1 and 2.
+    for (std::size_t i = 0; i < 9; ++i)
+        EXPECT_FALSE(isTheSame(fine[i], links[i])) << i;
+    EXPECT_TRUE(isTheSame(fine[9], links[9]));
+}
+
 TEST(Refine, TellsOfEachLinkThatItMeasures)
 {
     std::vector<Progress> told;

@@ -77,20 +77,20 @@ TEST(Excerpts, OfSilenceProposeNothing)
 
 TEST(Excerpts, AreLookedForInAllPiecesOfTheLonger)
 {
-    // Twenty minutes of silence, which is the first piece, and a sound in the second, which begins
+    // More than 1048 s of silence, the first piece, and a sound in the second, which begins
     // two minutes before. So long recordings are tried at a low rate, which costs less.
     constexpr int lowRate = 2000;
     const std::vector<float> sound = noise(1, 100 * lowRate);
     Prepared longer;
     longer.rate = lowRate;
-    longer.samples.appendSilence(std::size_t{1201} * lowRate);
+    longer.samples.appendSilence(std::size_t{1049} * lowRate);
     longer.samples.append(sound.data(), sound.size());
     const Prepared shorter = vxlsync::prepare(signals::stored(sound), lowRate, never);
     const PairInHand pair{{0, 1}, longer, shorter};
 
     const auto proposals = vxlsync::proposeExcerpts(pair, never);
 
-    EXPECT_EQ(countAt(proposals, 1201.0), 2u);
+    EXPECT_EQ(countAt(proposals, 1049.0), 2u);
     // 221 s and 30 s are half a million samples, a length of 2^19: two floats each, and twice two
     // bytes for nine tenths of half as many bins.
     EXPECT_NEAR(static_cast<double>(vxlsync::bytesOfExcerpts(pair)), 5.14e6, 0.03e6);

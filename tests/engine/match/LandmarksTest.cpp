@@ -1,9 +1,8 @@
 #include "match/Landmarks.h"
 
-#include <cstdint>
-
 #include <gmock/gmock.h>
 
+#include "Events.h"
 #include "Measuring.h"
 #include "Signals.h"
 
@@ -14,8 +13,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using vxlsync::Recording;
 
-constexpr std::size_t frame = 256;
-
 Recording recordingOf(const std::vector<float>& samples)
 {
     Recording recording;
@@ -23,29 +20,11 @@ Recording recordingOf(const std::vector<float>& samples)
     return recording;
 }
 
-// 20 s of an event that is noise of changing loudness, from so many frames into it.
-std::vector<float> eventFrom(std::size_t startFrame)
-{
-    constexpr std::size_t samplesPerLoudness = 800;
-    const std::size_t first = startFrame * frame;
-    std::vector<float> samples = signals::noise(12345, first + 20 * signals::rate);
-    std::uint32_t state = 1;
-    float loudness = 0.0f;
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        if (i % samplesPerLoudness == 0) {
-            state = state * 1664525u + 1013904223u;
-            loudness = static_cast<float>((state >> 20u) % 64u + 1u) / 64.0f;
-        }
-        samples[i] *= loudness;
-    }
-    return {samples.begin() + static_cast<std::ptrdiff_t>(first), samples.end()};
-}
-
 TEST(Landmarks, TellWholeFramesBetweenTwoRecordings)
 {
     std::vector<Recording> recordings(3);
-    recordings[0] = recordingOf(eventFrom(75));
-    recordings[2] = recordingOf(eventFrom(0));
+    recordings[0] = recordingOf(events::eventFrom(75));
+    recordings[2] = recordingOf(events::eventFrom(0));
     vxlsync::Run run(2, measuring::plenty, {});
 
     const auto groups = vxlsync::groupByLandmarks(recordings, run);
@@ -61,7 +40,7 @@ TEST(Landmarks, GiveGroupsInTheOrderOfTheirFirstMembers)
     std::vector<Recording> recordings;
     std::vector<std::vector<float>> events;
     for (const std::size_t start : {std::size_t{0}, std::size_t{10000}, std::size_t{20000}})
-        events.push_back(eventFrom(start));
+        events.push_back(events::eventFrom(start));
     for (const std::size_t event : {0u, 1u, 2u, 2u, 1u, 0u})
         recordings.push_back(recordingOf(events[event]));
     vxlsync::Run run(1, measuring::plenty, {});
@@ -72,18 +51,6 @@ TEST(Landmarks, GiveGroupsInTheOrderOfTheirFirstMembers)
     EXPECT_THAT(groups[0].members, ElementsAre(0, 5));
     EXPECT_THAT(groups[1].members, ElementsAre(1, 4));
     EXPECT_THAT(groups[2].members, ElementsAre(2, 3));
-}
-
-TEST(Landmarks, GiveThePairsOffsetsFromFirstToSecond)
-{
-    const auto offsets = vxlsync::offsetsOf({{{2, 5, 6}, {0.0, 1.5, 4.0}}});
-
-    ASSERT_EQ(offsets.size(), 3u);
-    EXPECT_EQ(offsets[0].offset, 1.5);
-    EXPECT_EQ(offsets[1].offset, 4.0);
-    EXPECT_EQ(offsets[2].first, 5u);
-    EXPECT_EQ(offsets[2].second, 6u);
-    EXPECT_EQ(offsets[2].offset, 2.5);
 }
 
 TEST(Landmarks, LeaveStrangersOut)

@@ -140,23 +140,23 @@ TEST_F(Look, AtTheEndLeavesALineOfAllItsWindowsAlone)
     EXPECT_EQ(close[0].line.offset, links[0].line.offset);
 }
 
-TEST_F(Look, IsDoneWhereALongLineIsClearAllAlong)
+TEST_F(Look, TakesADoubtfulPlaceThatFewWindowsConfirm)
 {
-    Link link;
-    link.line.end = 180.0;
-    link.line.significance = 60.0;
-    link.line.agreement = 0.98;
-    EXPECT_TRUE(vxlsync::isSettled({Link(), link}));
-    EXPECT_FALSE(vxlsync::isSettled({}));
-    Link shorter = link;
-    shorter.line.end = 179.0;
-    EXPECT_FALSE(vxlsync::isSettled({shorter}));
-    Link lower = link;
-    lower.line.significance = 59.0;
-    EXPECT_FALSE(vxlsync::isSettled({lower}));
-    Link torn = link;
-    torn.line.agreement = 0.97;
-    EXPECT_FALSE(vxlsync::isSettled({torn}));
+    Proposal proposal = proposalAt(8.03, 12.0);
+    proposal.isDoubtful = true;
+
+    const Links links = looked(proposal);
+
+    ASSERT_EQ(links.size(), 1u);
+    EXPECT_NEAR(links[0].line.offset, 8.0, 1e-4);
+}
+
+TEST_F(Look, DropsADoubtfulPlaceThatFewWindowsDoNotConfirm)
+{
+    Proposal proposal = proposalAt(5.0, 12.0);
+    proposal.isDoubtful = true;
+
+    EXPECT_TRUE(looked(proposal).empty());
 }
 
 } // namespace

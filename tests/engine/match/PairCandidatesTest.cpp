@@ -31,11 +31,20 @@ std::vector<Prepared> fourRecordings()
     return recordings;
 }
 
+std::vector<PiecePair> allPiecePairsOf(const std::vector<Prepared>& recordings,
+                                       const std::vector<vxlsync::RecordingPair>& pairs)
+{
+    std::vector<PiecePair> piecePairs = vxlsync::wholesOf(recordings, pairs);
+    const std::vector<PiecePair> edges = vxlsync::edgesOf(recordings, pairs);
+    piecePairs.insert(piecePairs.end(), edges.begin(), edges.end());
+    return piecePairs;
+}
+
 Lists candidatesWith(std::size_t threads, std::size_t memory)
 {
     const std::vector<Prepared> recordings = fourRecordings();
     vxlsync::Run run(threads, memory, {});
-    return vxlsync::candidatesOfPairs(recordings, vxlsync::piecePairsOf(recordings, allOfFour),
+    return vxlsync::candidatesOfPairs(recordings, allPiecePairsOf(recordings, allOfFour),
                                       allOfFour.size(), run);
 }
 
@@ -87,7 +96,7 @@ TEST(PairCandidates, CountFromTheStartOfTheWhole)
         two.push_back(preparedOf(part(event, 17 * rate, 30 * rate)));
         return two;
     }();
-    const std::vector<PiecePair> piecePairs = vxlsync::piecePairsOf(recordings, {{0, 1}});
+    const std::vector<PiecePair> piecePairs = allPiecePairsOf(recordings, {{0, 1}});
     vxlsync::Run run(1, measuring::plenty, {});
 
     ASSERT_EQ(piecePairs.size(), 3u);
@@ -105,7 +114,7 @@ TEST(PairCandidates, OfSilentEdgesAreNone)
     std::vector<Prepared> recordings;
     recordings.push_back(preparedOf(samples));
     recordings.push_back(preparedOf(samples));
-    std::vector<PiecePair> piecePairs = vxlsync::piecePairsOf(recordings, {{0, 1}});
+    std::vector<PiecePair> piecePairs = allPiecePairsOf(recordings, {{0, 1}});
     ASSERT_EQ(piecePairs.size(), 3u);
     piecePairs.erase(piecePairs.begin());
     vxlsync::Run run(1, measuring::plenty, {});
@@ -116,7 +125,7 @@ TEST(PairCandidates, OfSilentEdgesAreNone)
 TEST(PairCandidates, CanBeEnded)
 {
     const std::vector<Prepared> recordings = fourRecordings();
-    const std::vector<PiecePair> piecePairs = vxlsync::piecePairsOf(recordings, allOfFour);
+    const std::vector<PiecePair> piecePairs = allPiecePairsOf(recordings, allOfFour);
     vxlsync::Run run(2, measuring::plenty, measuring::cancelling());
 
     EXPECT_THROW(vxlsync::candidatesOfPairs(recordings, piecePairs, 6, run), vxlsync::Cancelled);

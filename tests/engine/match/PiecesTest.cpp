@@ -26,34 +26,34 @@ Prepared soundsAt(std::size_t seconds, const std::vector<std::size_t>& at)
     return prepared;
 }
 
-TEST(Pieces, AreOneUpToTwentyMinutes)
+TEST(Pieces, AreOneUpToSeventeenMinutes)
 {
-    const std::vector<Piece> pieces = vxlsync::piecesOf(soundsAt(1200, {600}), 7);
+    const std::vector<Piece> pieces = vxlsync::piecesOf(soundsAt(1048, {600}), 7);
 
     ASSERT_EQ(pieces.size(), 1u);
     EXPECT_EQ(pieces[0].recording, 7u);
     EXPECT_EQ(pieces[0].start, 0u);
-    EXPECT_EQ(pieces[0].count, 1200u * rate);
+    EXPECT_EQ(pieces[0].count, 1048u * rate);
 }
 
 TEST(Pieces, ShareTwoMinutes)
 {
-    const std::vector<Piece> pieces = vxlsync::piecesOf(soundsAt(1201, {600, 1200}), 0);
+    const std::vector<Piece> pieces = vxlsync::piecesOf(soundsAt(1049, {600, 1048}), 0);
 
     ASSERT_EQ(pieces.size(), 2u);
-    EXPECT_EQ(pieces[0].count, 1200u * rate);
-    EXPECT_EQ(pieces[1].start, 1080u * rate);
+    EXPECT_EQ(pieces[0].count, 1048u * rate);
+    EXPECT_EQ(pieces[1].start, 928u * rate);
     EXPECT_EQ(pieces[1].count, 121u * rate);
 }
 
 TEST(Pieces, WithoutSoundAreLeftOut)
 {
-    // Pieces begin every 18 minutes.
+    // Pieces begin every 928 s.
     const std::vector<Piece> pieces = vxlsync::piecesOf(soundsAt(36000, {600, 30000}), 0);
 
     ASSERT_EQ(pieces.size(), 2u);
     EXPECT_EQ(pieces[0].start, 0u);
-    EXPECT_EQ(pieces[1].start, 27u * 1080u * rate);
+    EXPECT_EQ(pieces[1].start, 32u * 928u * rate);
     EXPECT_TRUE(vxlsync::piecesOf(soundsAt(36000, {}), 0).empty());
     EXPECT_TRUE(vxlsync::piecesOf(soundsAt(0, {}), 0).empty());
 }
@@ -72,13 +72,9 @@ TEST(Pieces, AtTheEdgesAreTwelveSecondsLong)
 
 TEST(Pieces, ShareLengthsOfTransforms)
 {
-    EXPECT_EQ(vxlsync::lengthClass(10), 640u);
-    EXPECT_EQ(vxlsync::lengthClass(640), 640u);
-    EXPECT_EQ(vxlsync::lengthClass(641), 768u);
-    // 896 holds 7.
-    EXPECT_EQ(vxlsync::lengthClass(769), 900u);
-    EXPECT_EQ(vxlsync::lengthClass(900), 1024u);
-    EXPECT_EQ(vxlsync::lengthClass(1025), 1280u);
+    EXPECT_EQ(vxlsync::lengthClass(10), 1024u);
+    EXPECT_EQ(vxlsync::lengthClass(1024), 1024u);
+    EXPECT_EQ(vxlsync::lengthClass(1025), 2048u);
 }
 
 } // namespace

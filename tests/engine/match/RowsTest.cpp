@@ -108,15 +108,17 @@ TEST(Rows, CountTheBinsOfEachBand)
 
 TEST(Rows, LeaveTheBinAtTheTopOfTheLastBandOut)
 {
-    // At 8000 samples of transform 3600 Hz is bin 3600, the first of a band that is none.
-    Windows windows = threeWindows();
-    windows.seconds = 7838.0 / rate;
+    // Of 8192 samples 2500 Hz is bin 2560, the first of a band that is none.
     const Prepared first = preparedOf(noise(1, 4 * rate));
+    const vxlsync::Interrupt never;
+    vxlsync::AlignWorkspace work;
 
-    const Rows rows = rowsOf(first, first, windows, {2.0, 0.0, 0.0, 1.0});
+    const Rows rows = vxlsync::correlateWindows(first, first, threeWindows(), {2.0, 0.0, 0.0, 1.0},
+                                                {80, 2500.0, false}, never, work);
 
-    EXPECT_EQ(rows.bands.size(), 35u);
-    EXPECT_DOUBLE_EQ(rows.bands.back().squares, 225.0);
+    EXPECT_EQ(rows.bands.size(), 24u);
+    // 102 bins from 2458 on.
+    EXPECT_DOUBLE_EQ(rows.bands.back().squares, 2.25 * 102.0);
 }
 
 TEST(Rows, OfSilenceAreZero)

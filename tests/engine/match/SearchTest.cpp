@@ -57,7 +57,7 @@ TEST(Search, FindsWhatTwoShareAndNothingElse)
 TEST(Search, SaysWhereTheLandmarksWereRight)
 {
     // Right to a frame of 32 ms.
-    const Links links = searched(threeRecordings(), {{0, 2, 12.02}});
+    const Links links = searched(threeRecordings(), {{0, 2, 12.02, 20.0}});
 
     ASSERT_EQ(links.size(), 1u);
     EXPECT_EQ(links[0].method, vxlsync::Method::landmarks);
@@ -66,7 +66,7 @@ TEST(Search, SaysWhereTheLandmarksWereRight)
 
 TEST(Search, DoesNotBelieveTheLandmarksBlindly)
 {
-    const Links links = searched(threeRecordings(), {{0, 1, 3.0}});
+    const Links links = searched(threeRecordings(), {{0, 1, 3.0, 20.0}});
 
     ASSERT_EQ(links.size(), 1u);
     EXPECT_EQ(links[0].second, 2u);
@@ -159,18 +159,18 @@ TEST(Search, DependsNeitherOnThreadsNorOnMemory)
 
 TEST(Search, DoesNotCompareRecordingsOfOneDevice)
 {
-    EXPECT_TRUE(searched(threeRecordings(), {{0, 2, 12.0}}, {"A", "", "A"}).empty());
+    EXPECT_TRUE(searched(threeRecordings(), {{0, 2, 12.0, 20.0}}, {"A", "", "A"}).empty());
     EXPECT_EQ(searched(threeRecordings(), {}, {"A", "", "B"}).size(), 1u);
 }
 
-TEST(Search, StopsAtALongLineThatTheLandmarksTell)
+TEST(Search, StopsAtWhatTheLandmarksTell)
 {
     const std::vector<float> event = noise(1, 200 * rate);
     std::vector<Prepared> recordings;
     recordings.push_back(preparedOf(event));
     recordings.push_back(preparedOf(part(event, 8 * rate, 190 * rate)));
 
-    const Links links = searched(recordings, {{0, 1, 8.01}});
+    const Links links = searched(recordings, {{0, 1, 8.01, 20.0}});
 
     ASSERT_EQ(links.size(), 1u);
     EXPECT_NEAR(links[0].line.offset, 8.0, 1e-5);
@@ -190,8 +190,9 @@ TEST(Search, TellsHowFarItIs)
 
     vxlsync::searchPairs(threeRecordings(), {"", "", ""}, {}, run);
 
-    // Three pairs of one piece and two edges each, and four looks at each pair.
-    ASSERT_EQ(shares.size(), 1u + 9u + 12u);
+    // Three pairs of one piece and two edges each at least.
+    ASSERT_GT(shares.size(), 9u);
+    EXPECT_EQ(shares.front(), 0.0);
     EXPECT_TRUE(std::is_sorted(shares.begin(), shares.end()));
     EXPECT_EQ(shares.back(), 1.0);
 }

@@ -46,6 +46,19 @@ TEST(Meter, NeverFallsBackFromStageToStage)
     EXPECT_EQ(heard.back().share, 1.0);
 }
 
+TEST(Meter, CountsAPartOfAStageByItself)
+{
+    std::vector<double> shares;
+    Meter meter([&](const Progress& progress) { shares.push_back(progress.stageShare); });
+
+    meter.begin(Stage::comparing, 0);
+    meter.part({0.5, 1.0, 2});
+    meter.step();
+    meter.step();
+
+    EXPECT_EQ(shares, (std::vector<double>{0.0, 0.5, 0.75, 1.0}));
+}
+
 TEST(Meter, StaysAtTheEndOfAStageThatHasMoreSteps)
 {
     Progress last;
