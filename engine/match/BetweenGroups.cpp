@@ -248,7 +248,7 @@ std::vector<GroupPair> takeOpen(std::set<MemberLists>& searched, const SearchSta
 
 } // namespace
 
-void searchBetweenGroups(double beginShare, SearchState& search)
+void searchBetweenGroups(double beginShare, double endShare, SearchState& search)
 {
     std::set<MemberLists> searched;
     double share = beginShare;
@@ -256,7 +256,7 @@ void searchBetweenGroups(double beginShare, SearchState& search)
         const std::vector<GroupPair> open = takeOpen(searched, search);
         if (open.empty()) return;
         // A round costs much less than the one before, and whether there is one is not known.
-        const double end = (1.0 + share) / 2.0;
+        const double end = (endShare + share) / 2.0;
         const double correlated = (share + end) / 2.0;
         const GroupCandidates found = candidatesOfGroups(open, share, correlated, search);
         lookAtCandidates(found.candidates, correlated, end, search);

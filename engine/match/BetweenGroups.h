@@ -7,9 +7,9 @@ namespace vxlsync
 {
 
 // Searches each group against each other by correlation, single recordings as groups of one, looks
-// at what that proposes, and again with what has grown by it. Takes the meter from a share to the
-// end of the stage. Throws Cancelled.
-void searchBetweenGroups(double beginShare, SearchState& search);
+// at what that proposes, and again with what has grown by it. Takes the meter from share to share
+// of the stage. Throws Cancelled.
+void searchBetweenGroups(double beginShare, double endShare, SearchState& search);
 
 } // namespace vxlsync
 

@@ -16,10 +16,18 @@ namespace
 // links in a row lead to it, each right to a millisecond and some millionths.
 constexpr double impliedReachSeconds = 0.03;
 constexpr double impliedSlopeReach = 60e-6;
-// Each recording of a group is measured against so many others; more tell its place no better.
-constexpr std::size_t partnersMeasured = 4;
+// Each recording of a group is measured against so many others: in a small job against nearly all,
+// which tells a wrong turn of a loop from the right one, and in a large one against a few.
+constexpr std::size_t pairsOfJob = 200;
+constexpr std::size_t fewestMeasured = 4;
 // One alone might be wrong.
 constexpr std::size_t fewestPartners = 2;
+
+// Each pair counts for two recordings.
+std::size_t partnersMeasured(std::size_t recordings)
+{
+    return std::max(fewestMeasured, 2 * pairsOfJob / recordings);
+}
 
 struct ImpliedTask {
     KnownLine line;
@@ -80,27 +88,28 @@ void completeGroups(double beginShare, double endShare, SearchState& search)
         ++partners[pair.second];
     };
     std::vector<ImpliedTask> open;
-    for (const ImpliedTask& one : sharingPairs(search)) {
-        if (isMeasured(one, search))
-            count(one.pair);
+    for (const ImpliedTask& task : sharingPairs(search)) {
+        if (isMeasured(task, search))
+            count(task.pair);
         else
-            open.push_back(one);
+            open.push_back(task);
     }
     std::vector<LookTask> tasks;
     const auto take = [&](auto isWanted) {
         std::vector<ImpliedTask> left;
-        for (const ImpliedTask& one : open) {
-            if (isWanted(partners[one.pair.first], partners[one.pair.second])) {
-                count(one.pair);
-                tasks.push_back(taskOf(one, search));
+        for (const ImpliedTask& task : open) {
+            if (isWanted(partners[task.pair.first], partners[task.pair.second])) {
+                count(task.pair);
+                tasks.push_back(taskOf(task, search));
             } else {
-                left.push_back(one);
+                left.push_back(task);
             }
         }
         open = std::move(left);
     };
-    take([](std::size_t ofFirst, std::size_t ofSecond) {
-        return std::max(ofFirst, ofSecond) < partnersMeasured;
+    const std::size_t most = partnersMeasured(search.recordings.size());
+    take([most](std::size_t ofFirst, std::size_t ofSecond) {
+        return std::max(ofFirst, ofSecond) < most;
     });
     // Those whose partners have all they need.
     take([](std::size_t ofFirst, std::size_t ofSecond) {

@@ -53,9 +53,9 @@ KnownLine Gathering::lineOf(std::size_t first, std::size_t second) const
 
 bool Gathering::join(std::size_t first, std::size_t second, const Alignment& line)
 {
-    const std::size_t one = groups[first];
+    const std::size_t into = groups[first];
     const std::size_t other = groups[second];
-    if (one == other) return false;
+    if (into == other) return false;
     const double slope = believedSlope(line);
     // Time t of the first is time t * (1 - slope) - offset + slope * middle of the second.
     const double rate = clocks[first].rate / (1.0 - slope);
@@ -65,11 +65,11 @@ bool Gathering::join(std::size_t first, std::size_t second, const Alignment& lin
     for (const std::size_t member : members[other])
         clocks[member] = {byStart + byRate * clocks[member].start, byRate * clocks[member].rate};
 
-    const std::size_t name = std::min(one, other);
-    std::vector<std::size_t> all = std::move(members[one]);
+    const std::size_t name = std::min(into, other);
+    std::vector<std::size_t> all = std::move(members[into]);
     all.insert(all.end(), members[other].begin(), members[other].end());
     std::sort(all.begin(), all.end());
-    members.erase(std::max(one, other));
+    members.erase(std::max(into, other));
     for (const std::size_t member : all)
         groups[member] = name;
     members[name] = std::move(all);

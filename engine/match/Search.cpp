@@ -2,6 +2,7 @@
 
 #include "match/BetweenGroups.h"
 #include "match/CompleteGroups.h"
+#include "match/DisputeGroups.h"
 #include "match/FollowLandmarks.h"
 
 namespace vxlsync
@@ -11,9 +12,10 @@ namespace
 {
 
 // Of a job in which most recordings are tied by what the landmarks tell: the shares of the stage at
-// which that and the measuring within the groups end.
+// which that, the measuring within the groups and the search between them end.
 constexpr double landmarksEndShare = 0.4;
-constexpr double completedShare = 0.7;
+constexpr double completedShare = 0.6;
+constexpr double betweenEndShare = 0.85;
 
 Links linksOf(const LinkBook& book)
 {
@@ -32,7 +34,8 @@ Links searchPairs(const std::vector<Prepared>& recordings, const std::vector<std
     SearchState search(recordings, devices, landmarks, run);
     followLandmarks(landmarksEndShare, search);
     completeGroups(landmarksEndShare, completedShare, search);
-    searchBetweenGroups(completedShare, search);
+    searchBetweenGroups(completedShare, betweenEndShare, search);
+    lookAtDisputes(betweenEndShare, 1.0, search);
     run.meter.part({1.0, 1.0, 0});
     return linksOf(search.book);
 }

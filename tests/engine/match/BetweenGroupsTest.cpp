@@ -42,7 +42,7 @@ TEST(BetweenGroups, FindsWhereAGroupBelongs)
     search.state.gathering.join(0, 3, lineOf(10.0));
     search.state.gathering.join(1, 2, lineOf(15.0));
 
-    vxlsync::searchBetweenGroups(0.0, search.state);
+    vxlsync::searchBetweenGroups(0.0, 1.0, search.state);
 
     EXPECT_THAT(search.state.gathering.names(), ElementsAre(0));
     // 2 starts 15 s before 0; what they share are 5 s.
@@ -62,7 +62,7 @@ TEST(BetweenGroups, LooksAtEveryPairAtAllCandidates)
     recordings.push_back(recorderOf(event, 8, 10, 3));
     SearchUnderTest search(std::move(recordings));
 
-    vxlsync::searchBetweenGroups(0.0, search.state);
+    vxlsync::searchBetweenGroups(0.0, 1.0, search.state);
 
     EXPECT_THAT(search.state.linksOf({0, 1}),
                 testing::UnorderedElementsAre(offsetNear(8.0), offsetNear(20.0), offsetNear(-4.0),
@@ -78,7 +78,7 @@ TEST(BetweenGroups, TiesCopiesByFewerLooksThanPairs)
         recordings.push_back(recorderOf(event, 0, 10, 10 + i));
     SearchUnderTest search(std::move(recordings));
 
-    vxlsync::searchBetweenGroups(0.0, search.state);
+    vxlsync::searchBetweenGroups(0.0, 1.0, search.state);
 
     EXPECT_EQ(search.state.gathering.names().size(), 1u);
     // Of 36 pairs; what is missing of four partners for each is measured as well.
@@ -92,7 +92,7 @@ TEST(BetweenGroups, FindsNothingBetweenStrangers)
         recordings.push_back(measuring::preparedOf(noise(seed, 15 * rate)));
     SearchUnderTest search(std::move(recordings));
 
-    vxlsync::searchBetweenGroups(0.0, search.state);
+    vxlsync::searchBetweenGroups(0.0, 1.0, search.state);
 
     EXPECT_EQ(search.state.gathering.names().size(), 3u);
 }
@@ -106,7 +106,7 @@ TEST(BetweenGroups, LeavesOneDeviceAlone)
     SearchUnderTest search(std::move(recordings));
     search.devices = {"camera", "camera"};
 
-    vxlsync::searchBetweenGroups(0.0, search.state);
+    vxlsync::searchBetweenGroups(0.0, 1.0, search.state);
 
     EXPECT_THAT(search.state.book, IsEmpty());
 }
@@ -121,7 +121,7 @@ TEST(BetweenGroups, AsksNoMembersOfOneDevice)
     search.devices = {"camera", "", "camera"};
     search.state.gathering.join(0, 1, lineOf(0.0));
 
-    vxlsync::searchBetweenGroups(0.0, search.state);
+    vxlsync::searchBetweenGroups(0.0, 1.0, search.state);
 
     EXPECT_EQ(search.state.linksOf({1, 2}).size(), 1u);
     EXPECT_EQ(search.state.book.count({0, 2}), 0u);

@@ -92,21 +92,33 @@ TEST(CompleteGroups, AsksNothingTwiceAndNothingOfOneDevice)
     EXPECT_EQ(search.state.book.count({1, 2}), 0u);
 }
 
-TEST(CompleteGroups, MeasuresEachAgainstAFewOthers)
+// So many copies of one sound, in one group.
+std::size_t pairsMeasuredOf(std::size_t copies)
 {
-    const std::vector<float> event = noise(1, 10 * rate);
+    const std::vector<float> event = noise(1, 3 * rate);
     std::vector<Prepared> recordings;
-    for (std::uint32_t seed = 2; seed < 14; ++seed)
-        recordings.push_back(recorderOf(event, 0, 10, seed));
+    for (std::size_t i = 0; i < copies; ++i)
+        recordings.push_back(recorderOf(event, 0, 3, static_cast<std::uint32_t>(i) + 2));
     SearchUnderTest search(std::move(recordings));
-    for (std::size_t i = 1; i < 12; ++i)
+    for (std::size_t i = 1; i < copies; ++i)
         search.state.gathering.join(0, i, lineOf(0.0));
 
     vxlsync::completeGroups(0.0, 1.0, search.state);
 
-    // Of 66 pairs: the ten of the first five, the ten of the next five, the one of the last two,
-    // and as each of these needs two, one each with the first.
-    EXPECT_EQ(search.state.book.size(), 23u);
+    return search.state.book.size();
+}
+
+TEST(CompleteGroups, MeasuresAllOfASmallGroup)
+{
+    EXPECT_EQ(pairsMeasuredOf(12), 66u);
+}
+
+TEST(CompleteGroups, MeasuresEachOfALargeGroupAgainstAFewOthers)
+{
+    // Four of each, in groups of five.
+    EXPECT_EQ(pairsMeasuredOf(100), 200u);
+    // Those of the last group lack partners, and get two each with the first.
+    EXPECT_EQ(pairsMeasuredOf(102), 203u);
 }
 
 } // namespace
