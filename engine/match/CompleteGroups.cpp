@@ -26,7 +26,7 @@ constexpr std::size_t fewestPartners = 2;
 // Each pair counts for two recordings.
 std::size_t partnersMeasured(std::size_t recordings)
 {
-    return std::max(fewestMeasured, 2 * pairsOfJob / recordings);
+    return std::max(fewestMeasured, 2 * pairsOfJob / std::max<std::size_t>(1, recordings));
 }
 
 struct ImpliedTask {

@@ -24,7 +24,8 @@ constexpr std::size_t fewestDisputesOfRecording = 8;
 // Each pair counts for two recordings.
 std::size_t disputesOfEach(std::size_t recordings)
 {
-    return std::max(fewestDisputesOfRecording, 2 * disputesOfJob / recordings);
+    return std::max(fewestDisputesOfRecording,
+                    2 * disputesOfJob / std::max<std::size_t>(1, recordings));
 }
 
 bool isDisputed(const LandmarkOffset& landmark, const SearchState& search)

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <new>
+#include <stdexcept>
 
 #include <vxl_audio/VXExtractParams.h>
 #include <vxl_audio/VXFile.h>
@@ -29,7 +31,9 @@ public:
 
     bool read_mono(VXS::array<float>& block) override
     {
+        isAsking = true;
         interrupt.check();
+        isAsking = false;
         const auto wanted = static_cast<std::size_t>(block.count());
         const std::size_t count = std::min(wanted, samples.size() - position);
         samples.copy(position, count, block.data);
@@ -44,11 +48,28 @@ public:
         return true;
     }
 
+    // True if what ends the extraction comes from the host.
+    bool isInterrupted() const { return isAsking; }
+
 private:
     const SampleStore<float>& samples;
     const Interrupt& interrupt;
+    bool isAsking = false;
     std::size_t position = 0;
 };
+
+LandmarkFile extract(const SampleStore<float>& samples, std::int64_t id, const Interrupt& interrupt)
+{
+    SampleInput input(samples, interrupt);
+    try {
+        VXS::VXLandmarkExtract extractor{VXS::VXExtractParams()};
+        return LandmarkFile(extractor.run(&input, id));
+    } catch (const std::runtime_error&) {
+        if (input.isInterrupted()) throw;
+        // The library's own word for it.
+        throw std::bad_alloc();
+    }
+}
 
 } // namespace
 
@@ -62,12 +83,9 @@ std::vector<LandmarkFile> extractLandmarks(const std::vector<Recording>& recordi
     std::vector<LandmarkFile> files(recordings.size());
     runParallel(recordings.size(), run.threads, [&](std::size_t index, std::size_t) {
         const SampleStore<float>& samples = recordings[index].samples;
-        if (samples.size() > 0) {
-            SampleInput input(samples, run.interrupt);
-            VXS::VXLandmarkExtract extractor{VXS::VXExtractParams()};
-            // The library counts its files from 1.
-            files[index].reset(extractor.run(&input, static_cast<std::int64_t>(index) + 1));
-        }
+        // The library counts its files from 1.
+        const auto id = static_cast<std::int64_t>(index) + 1;
+        if (samples.size() > 0) files[index] = extract(samples, id, run.interrupt);
         run.meter.step();
     });
     return files;

@@ -65,11 +65,12 @@ TEST(TextResult, TellsNoDriftThatNobodyMeasured)
 
     result.groups[0].members[1].driftPpm = 0.0;
 
-    EXPECT_THAT(textOf(result), HasSubstr("        0.0000 s  +- 0.0000 s       reference  first"));
-    EXPECT_THAT(textOf(result), HasSubstr("        1.2500 s  +- 0.0001 s                  b "));
+    EXPECT_THAT(textOf(result),
+                HasSubstr("  0.0000 s  +-   0.00 ms       reference  certain  first"));
+    EXPECT_THAT(textOf(result), HasSubstr("  1.2500 s  +-   0.10 ms                  certain  b "));
 
     result.groups[0].members[1].driftUncertaintyPpm = 0.1;
-    EXPECT_THAT(textOf(result), HasSubstr("+0.00 ppm  b "));
+    EXPECT_THAT(textOf(result), HasSubstr("+0.00 ppm  certain  b "));
 }
 
 TEST(TextResult, SetsGroupsApart)

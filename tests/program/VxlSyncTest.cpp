@@ -46,8 +46,12 @@ json membersByPath(const Outcome& run)
     json members = json::object();
     const json result = json::parse(run.out);
     for (const json& group : result.at("groups")) {
-        for (const json& member : group.at("members"))
-            members[member.at("path").get<std::string>()] = member;
+        for (json member : group.at("members")) {
+            // Its place among the arguments.
+            member.erase("source");
+            const auto path = member.at("path").get<std::string>();
+            members[path] = std::move(member);
+        }
     }
     return members;
 }
