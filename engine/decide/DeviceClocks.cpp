@@ -87,7 +87,8 @@ double DeviceClocks::missOf(const ImpliedPair& pair) const
     return std::fabs(byClockSeconds - pair.line.offset);
 }
 
-std::map<std::size_t, DeviceClocks::Voice> DeviceClocks::voicesOf(const std::vector<ImpliedPair>& pairs) const
+std::map<std::size_t, DeviceClocks::Voice>
+DeviceClocks::voicesOf(const std::vector<ImpliedPair>& pairs) const
 {
     std::map<std::size_t, Voice> voices;
     for (const ImpliedPair& pair : pairs) {
