@@ -19,11 +19,13 @@ namespace
 
 // Above this, in Hz, microphones and lossy codecs leave little in common.
 constexpr double refineHighestFrequency = 6500.0;
-// A finer measurement that disagrees by more has lost the line.
-constexpr double farthestMoveSeconds = 0.0005;
 // A recording is refined against so many others; more tell its place hardly better, and every one
 // costs as much as it did to find.
 constexpr std::size_t refinedLinks = 3;
+// Unpacked sound that is in memory at once: more saves little unpacking.
+constexpr std::size_t mostUnpackedBytes = std::size_t{384} << 20U;
+// A finer measurement that disagrees by more has lost the line.
+constexpr double farthestMoveSeconds = 0.0005;
 // So has one on which fewer windows agree than this share of those that agreed before.
 constexpr double leastAgreementKept = 0.5;
 
@@ -155,7 +157,8 @@ Alignment refined(Alignment line, const Alignment& fine)
 
 Links refineLinks(Links links, const std::vector<Recording>& recordings, Run& run)
 {
-    const std::vector<Batch> batches = batchesOf(links, recordings, run.memory.remaining());
+    const std::vector<Batch> batches =
+        batchesOf(links, recordings, std::min(mostUnpackedBytes, run.memory.remaining()));
     std::size_t steps = 0;
     for (const Batch& batch : batches)
         steps += batch.links.size();

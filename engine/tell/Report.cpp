@@ -213,6 +213,9 @@ std::string reasonOf(const NoPlace& missing, const std::vector<SourceFacts>& sou
     if (hasDoubt(links, position, Doubt::none)) return reasonForDoubt(missing.candidates, sources);
     if (hasDoubt(links, position, Doubt::littleHeard))
         return "no certain place: too little is heard that others have as well";
+    if (!missing.candidates.empty())
+        return "no certain place: perhaps " + phraseOf(missing.candidates.front(), sources) +
+               ", but too little speaks for it";
     return "no sound in common with any other";
 }
 

@@ -297,6 +297,18 @@ TEST(Report, SaysWhatMakesAPlaceDoubtful)
               "perhaps one device at two times");
 }
 
+// Sound in common there is, so that "none" would be untrue.
+TEST(Report, SaysWhereARecordingMayBeThatTooLittleSpeaksFor)
+{
+    Job job(2);
+    job.decision.links = {linkOf(0, 1, Verdict::weak)};
+    job.decision.doubtful = {{1, {{0, 12.5, 0.7}}}};
+
+    EXPECT_EQ(
+        job.reported().alone[1].reason,
+        "no certain place: perhaps 12.50 s after the start of a, but too little speaks for it");
+}
+
 TEST(Report, TellsHowCertainAPlaceIs)
 {
     Job job(2);
