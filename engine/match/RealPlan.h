@@ -30,9 +30,9 @@ public:
 
 private:
     struct Free {
-        void operator()(vxaccelerate::FFTState_Float* state) const
+        void operator()(vxaccelerate::FFTState_Float* unused) const
         {
-            vxaccelerate::transform::FFTFree(state);
+            vxaccelerate::transform::FFTFree(unused);
         }
     };
 
