@@ -68,7 +68,7 @@ void linesUpFilesAndSamples(const std::string& folder)
            "clean does not start 6.2576 s after slow-clock");
     expect(std::fabs(result.groups[1].members[1].offsetSeconds - 7.0) < 0.0001,
            "the samples do not lie 7 s apart");
-    expect(vxlsync::toJson(result).find("\"version\": 2") != std::string::npos, "no JSON");
+    expect(vxlsync::toJson(result).find("\"version\": 3") != std::string::npos, "no JSON");
 }
 
 void canBeCancelled()
