@@ -85,11 +85,12 @@ void requireSane(const Recording& recording)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    static const bool isQuiet = [] {
+    static const bool isTamed = [] {
         vxlsync::silenceDecoders();
+        vxlsync::boundDecoders();
         return true;
     }();
-    static_cast<void>(isQuiet);
+    static_cast<void>(isTamed);
     const fuzz::MemoryFile file(data, size);
     vxlsync::Source source;
     source.path = file.path();

@@ -75,6 +75,7 @@ ExitCode runConfined(int argc, char* argv[])
     static_cast<void>(confine());
     endAtOnceOnSignals(false);
     silenceDecoders();
+    boundDecoders();
     const ExitCode code = run(arguments);
     // A full disk shows only now.
     if (std::cout.flush()) return code;

@@ -20,8 +20,8 @@ struct Joining {
     Arrangement arrangement;
 };
 
-// Indices of those links that `isWanted`, the strongest first; links speak in that order, and what
-// they place can no longer be moved.
+// Indices of those links that `isWanted`, the strongest first: in that order links place recordings
+// to begin with.
 template <typename Filter>
 std::vector<std::size_t> byStrength(const Links& links, Filter isWanted)
 {

@@ -114,9 +114,9 @@ int DeviceClocks::standingOf(std::size_t device, std::size_t group, const Groups
         if (groups.groupOf(recording) != group) continue;
         if (last != nullptr) {
             const double placed = groups.placeOf(recording).start - groups.placeOf(*last).start;
-            const double told =
+            const double clocked =
                 *constraints.clockStarts[recording] - *constraints.clockStarts[*last];
-            standing += std::fabs(placed - told) < farClockSeconds ? 1 : -1;
+            standing += std::fabs(placed - clocked) < farClockSeconds ? 1 : -1;
         }
         last = &recording;
     }
@@ -155,17 +155,6 @@ bool DeviceClocks::backs(const std::vector<ImpliedPair>& pairs, const Groups& gr
         isBacked |= voice.near > 0 && standing > 0;
     }
     return isBacked;
-}
-
-bool DeviceClocks::mayShareTime(std::size_t first, std::size_t second) const
-{
-    if (!haveClock(first, second)) return true;
-    const double firstStart = *constraints.clockStarts[first];
-    const double secondStart = *constraints.clockStarts[second];
-    const double start = std::max(firstStart, secondStart);
-    const double end = std::min(firstStart + constraints.durations[first],
-                                secondStart + constraints.durations[second]);
-    return end - start > nearClockSeconds;
 }
 
 } // namespace vxlsync

@@ -32,9 +32,6 @@ public:
     // True if the clock of a device, two of whose recordings sound has placed as it says, says that
     // the pairs lie as implied, and no other clock says that they do not.
     bool backs(const std::vector<ImpliedPair>& pairs, const Groups& groups) const;
-    // False if the clock of the one device that recorded both says that they share no time. Both
-    // must have run by it, and the user must not have chosen not to ask clocks.
-    bool mayShareTime(std::size_t first, std::size_t second) const;
 
 private:
     // What the pairs of one device say.

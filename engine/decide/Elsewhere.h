@@ -25,9 +25,8 @@ struct Place {
 // differ leave open.
 constexpr double samePlaceSeconds = 0.02;
 
-// The places that most links speak for, the best first; few of many.
-// Links that are partial speak for none. Requires all
-// recordings of a group.
+// The places that most links speak for, the best first; few of many. Links that are partial speak
+// for none. Requires all recordings of a group.
 std::vector<Place> placesFor(const std::vector<std::size_t>& part, const Arrangement& arrangement);
 
 } // namespace vxlsync

@@ -258,9 +258,9 @@ void searchBetweenGroups(double beginShare, double endShare, SearchState& search
         // A round costs much less than the one before, and whether there is one is not known.
         const double end = (endShare + share) / 2.0;
         const double correlated = (share + end) / 2.0;
-        const GroupCandidates found = candidatesOfGroups(open, share, correlated, search);
-        lookAtCandidates(found.candidates, correlated, end, search);
-        if (found.isThorough) searchBlurred(open, end, search);
+        const GroupCandidates proposed = candidatesOfGroups(open, share, correlated, search);
+        lookAtCandidates(proposed.candidates, correlated, end, search);
+        if (proposed.isThorough) searchBlurred(open, end, search);
         completeGroups(end, end, search);
         share = end;
     }

@@ -30,9 +30,9 @@ public:
 
 private:
     struct Free {
-        void operator()(vxaccelerate::FFTState_Float* unused) const
+        void operator()(vxaccelerate::FFTState_Float* owned) const
         {
-            vxaccelerate::transform::FFTFree(unused);
+            vxaccelerate::transform::FFTFree(owned);
         }
     };
 

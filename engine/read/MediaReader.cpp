@@ -6,6 +6,7 @@
 
 extern "C" {
 #include <libavutil/log.h>
+#include <libavutil/mem.h>
 }
 
 #include "read/Failure.h"
@@ -21,6 +22,9 @@ namespace vxlsync
 
 namespace
 {
+
+// The index of a day of sound and a raw picture of 8K take less.
+constexpr std::size_t largestRequestBytes = 512u << 20u;
 
 struct FreeFrame {
     void operator()(AVFrame* frame) const { av_frame_free(&frame); }
@@ -199,6 +203,11 @@ bool readsAnyMedia()
 void silenceDecoders()
 {
     av_log_set_level(AV_LOG_QUIET);
+}
+
+void boundDecoders()
+{
+    av_max_alloc(largestRequestBytes);
 }
 
 ReadFindings readMedia(const ReadRequest& request, Intake& intake)

@@ -133,6 +133,7 @@ bool readsAnyMedia()
 
 // There are none.
 void silenceDecoders() {}
+void boundDecoders() {}
 
 #endif
 

@@ -116,6 +116,10 @@ VXL_SYNC_API bool readsAnyMedia();
 /// is why no job does it by itself.
 VXL_SYNC_API void silenceDecoders();
 
+/// Refuses FFmpeg's libraries more than 512 MiB at once, which no recording needs and a damaged one
+/// may claim: what wants more fails as if memory had run out. It holds for the whole process too.
+VXL_SYNC_API void boundDecoders();
+
 } // namespace vxlsync
 
 #endif

@@ -133,17 +133,4 @@ TEST(Clocks, BackAPlaceOnceTwoRecordingsAreWhereTheySay)
     EXPECT_FALSE(devices.backs({pairAt(0, 2, 203.0)}, groupsAt({0.0, 102.0})));
 }
 
-TEST(Clocks, TellWhatNeedsNoComparing)
-{
-    Constraints constraints = cameraAt({0.0, 57.9, 58.1, 500.0});
-    constraints.likelyDevices[3] = "recorder";
-    const DeviceClocks devices(constraints);
-
-    // 2.1 and 1.9 s would be shared.
-    EXPECT_TRUE(devices.mayShareTime(0, 1));
-    EXPECT_FALSE(devices.mayShareTime(0, 2));
-    EXPECT_FALSE(devices.mayShareTime(2, 0));
-    EXPECT_TRUE(devices.mayShareTime(0, 3));
-}
-
 } // namespace

@@ -10,6 +10,7 @@
 namespace
 {
 
+using searching::lineOf;
 using searching::recorderOf;
 using searching::SearchUnderTest;
 using signals::noise;
@@ -21,13 +22,6 @@ using vxlsync::Prepared;
 MATCHER_P(offsetNear, seconds, "")
 {
     return std::fabs(arg.line.offset - seconds) < 1e-4;
-}
-
-vxlsync::Alignment lineOf(double offset)
-{
-    vxlsync::Alignment line;
-    line.offset = offset;
-    return line;
 }
 
 TEST(BetweenGroups, FindsWhereAGroupBelongs)

@@ -7,19 +7,13 @@
 namespace
 {
 
+using searching::lineOf;
 using searching::recorderOf;
 using searching::SearchUnderTest;
 using signals::noise;
 using signals::rate;
 using testing::IsEmpty;
 using vxlsync::Prepared;
-
-vxlsync::Alignment lineOf(double offset)
-{
-    vxlsync::Alignment line;
-    line.offset = offset;
-    return line;
-}
 
 TEST(CompleteGroups, MeasuresWhatTheGroupImplies)
 {

@@ -7,6 +7,7 @@
 namespace
 {
 
+using searching::lineOf;
 using searching::recorderOf;
 using searching::SearchUnderTest;
 using signals::noise;
@@ -16,13 +17,6 @@ using vxlsync::Prepared;
 // Votes that leave no doubt, and votes that a pair of strangers may have.
 constexpr double clear = 20.0;
 constexpr double doubtful = 9.0;
-
-vxlsync::Alignment lineOf(double offset)
-{
-    vxlsync::Alignment line;
-    line.offset = offset;
-    return line;
-}
 
 std::vector<Prepared> twoRecordings()
 {

@@ -23,6 +23,14 @@ inline vxlsync::Prepared recorderOf(const std::vector<float>& event, std::size_t
                        signals::noise(seed, seconds * signals::rate), 0.5f));
 }
 
+// By which a group may be made that nothing was measured of.
+inline vxlsync::Alignment lineOf(double offset)
+{
+    vxlsync::Alignment line;
+    line.offset = offset;
+    return line;
+}
+
 struct SearchUnderTest {
     explicit SearchUnderTest(std::vector<vxlsync::Prepared> newRecordings)
         : recordings(std::move(newRecordings)),

@@ -191,11 +191,28 @@ TEST_F(MediaArmour, FailsAFileThatAsksForMoreMemoryThanThereIs)
         av_max_alloc(largest);
         const std::vector<Recording> recordings = vxlsync::readAll(
             {reading::fileSource(huge), reading::sampleSource({0.5f}, 8000)}, {}, run);
-        av_max_alloc(INT32_MAX);
+        vxlsync::boundDecoders();
 
         EXPECT_EQ(recordings[0].failure, "asks for more memory than there is");
         EXPECT_EQ(recordings[1].failure, "");
     }
+}
+
+// Nothing of what is claimed is there, so that only the request itself shows.
+TEST_F(MediaArmour, RefusesWhatOnlyADamagedFileClaims)
+{
+    av_max_alloc(INT32_MAX);
+    void* const claimed = av_malloc(600u << 20u);
+    vxlsync::boundDecoders();
+    void* const refused = av_malloc(600u << 20u);
+    void* const needed = av_malloc(400u << 20u);
+
+    EXPECT_NE(claimed, nullptr);
+    EXPECT_EQ(refused, nullptr);
+    EXPECT_NE(needed, nullptr);
+    av_free(claimed);
+    av_free(refused);
+    av_free(needed);
 }
 
 TEST_F(MediaArmour, GivesUpAFileThatGivesNothing)

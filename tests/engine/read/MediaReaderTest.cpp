@@ -21,13 +21,17 @@ using testing::SizeIs;
 using vxlsync::Recording;
 
 // The decoders would fill the output of the tests with their remarks.
-class Quiet : public testing::Environment
+class Tamed : public testing::Environment
 {
 public:
-    void SetUp() override { vxlsync::silenceDecoders(); }
+    void SetUp() override
+    {
+        vxlsync::silenceDecoders();
+        vxlsync::boundDecoders();
+    }
 };
 
-const testing::Environment* const quiet = testing::AddGlobalTestEnvironment(new Quiet);
+const testing::Environment* const tamed = testing::AddGlobalTestEnvironment(new Tamed);
 
 // Sweeps, as a file.
 wave::Bytes soundFile(std::size_t seconds, int sampleRate = 48000)

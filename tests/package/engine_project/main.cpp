@@ -99,6 +99,7 @@ int main(int argc, char** argv)
 {
     if (argc != 2) return 2;
     vxlsync::silenceDecoders();
+    vxlsync::boundDecoders();
     linesUpFilesAndSamples(argv[1]);
     canBeCancelled();
     refusesNonsense();
