@@ -22,8 +22,10 @@ Groups groupsOfKnown(const Constraints& constraints)
 
 } // namespace
 
-Arrangement::Arrangement(const Constraints& newConstraints, const PairKnowledge& newKnown)
+Arrangement::Arrangement(const Constraints& newConstraints, const PairKnowledge& newKnown,
+                         const Interrupt& newInterrupt)
     : constraints(newConstraints),
+      interrupt(newInterrupt),
       knowledge(newKnown),
       scales(newKnown),
       devices(newConstraints),
@@ -95,6 +97,7 @@ Evidence Arrangement::byLinks(const std::vector<ImpliedPair>& pairs) const
 
 Evidence Arrangement::closely(const std::vector<ImpliedPair>& pairs)
 {
+    interrupt.check();
     return scales.closely(pairs) + devices.weigh(pairs, placed);
 }
 
@@ -106,6 +109,7 @@ void Arrangement::unite(const Join& join, std::size_t link)
 
 Parting Arrangement::part(const std::vector<std::size_t>& recordings)
 {
+    interrupt.check();
     const std::vector<std::size_t> members = placed.membersOf(placed.groupOf(recordings.front()));
     placed.part(recordings);
     Parting parting;

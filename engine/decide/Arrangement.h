@@ -10,6 +10,7 @@
 #include "decide/Groups.h"
 #include "decide/Weigh.h"
 #include "model/Link.h"
+#include "running/Interrupt.h"
 
 namespace vxlsync
 {
@@ -28,7 +29,8 @@ class Arrangement
 public:
     // Each recording is alone, but for those whose starts are known. Borrows all. Requires judged
     // links.
-    Arrangement(const Constraints& newConstraints, const PairKnowledge& newKnown);
+    Arrangement(const Constraints& newConstraints, const PairKnowledge& newKnown,
+                const Interrupt& newInterrupt);
 
     const Groups& groups() const { return placed; }
     const PairKnowledge& known() const { return knowledge; }
@@ -48,7 +50,9 @@ public:
     bool isDeviceTwice(const std::vector<ImpliedPair>& pairs) const;
     // True if the clock of a device says what the pairs imply.
     bool isBackedByClocks(const std::vector<ImpliedPair>& pairs) const;
-    // What speaks for and against the pairs, links that are not there being looked for or not.
+    // What speaks for and against the pairs, links that are not there being looked for or not. A
+    // closer look throws Cancelled, and so does parting: one of the two is in each step of a search
+    // for better places.
     Evidence byLinks(const std::vector<ImpliedPair>& pairs) const;
     Evidence closely(const std::vector<ImpliedPair>& pairs);
 
@@ -66,6 +70,7 @@ private:
     bool agreesWithPlaces(const Link& link) const;
 
     const Constraints& constraints;
+    const Interrupt& interrupt;
     PairKnowledge knowledge;
     Scales scales;
     DeviceClocks devices;

@@ -102,14 +102,16 @@ Verdict settledVerdict(std::size_t index, const Joining& joining)
 
 } // namespace
 
-Assembly assemble(Links links, const Constraints& constraints, const Examine& examine)
+Assembly assemble(Links links, const Constraints& constraints, const Examine& examine,
+                  const Interrupt& interrupt)
 {
     const std::vector<double>& durations = constraints.durations;
     Links judged = sayingLinks(std::move(links));
     const std::vector<double> best = bestCoherences(judged, durations.size());
     judged = judgeLinks(std::move(judged), best);
 
-    Joining joining{judged, Arrangement(constraints, {judged, best, durations, examine})};
+    Joining joining{judged,
+                    Arrangement(constraints, {judged, best, durations, examine}, interrupt)};
     joinAccepted(joining);
     joinBacked(joining);
     improve(joining.arrangement);

@@ -7,6 +7,7 @@
 #include "decide/Constraints.h"
 #include "decide/Weigh.h"
 #include "model/Decision.h"
+#include "running/Interrupt.h"
 
 namespace vxlsync
 {
@@ -24,8 +25,10 @@ struct Assembly {
 // Decides which links are true and which recordings belong together. Fills in what the links lack
 // of judgement; their order stays. Links that are not finite are left out. A join that brings two
 // recordings of one device to one time, or that the user does not want, is refused; known starts
-// are taken as they are. Throws what `examine` throws.
-Assembly assemble(Links links, const Constraints& constraints, const Examine& examine);
+// are taken as they are. Throws what `examine` throws and
+// Cancelled.
+Assembly assemble(Links links, const Constraints& constraints, const Examine& examine,
+                  const Interrupt& interrupt);
 
 } // namespace vxlsync
 

@@ -62,7 +62,7 @@ Result workThrough(Plan& plan, const Options& options, Run& run)
     for (const Recording& recording : recordings)
         plan.constraints.durations.push_back(recording.durationSeconds);
     Examiner examiner(prepared, run.interrupt);
-    Assembly assembly = assemble(std::move(links), plan.constraints, std::ref(examiner));
+    Assembly assembly = assemble(std::move(links), plan.constraints, std::ref(examiner), run.interrupt);
 
     assembly.links = refineLinks(std::move(assembly.links), recordings, run);
     return reportDecision(reported,

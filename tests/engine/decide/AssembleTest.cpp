@@ -2,10 +2,12 @@
 
 #include <limits>
 #include <stdexcept>
+#include <utility>
 
 #include <gmock/gmock.h>
 
 #include "TestLinks.h"
+#include "vxl_sync/Sync.h"
 
 namespace
 {
@@ -14,10 +16,15 @@ using links::constraintsOf;
 using links::linkOf;
 using testing::ElementsAre;
 using vxlsync::Alignment;
-using vxlsync::assemble;
 using vxlsync::Assembly;
 using vxlsync::Constraints;
 using vxlsync::Verdict;
+
+Assembly assemble(vxlsync::Links all, const Constraints& constraints,
+                  const vxlsync::Examine& examine)
+{
+    return vxlsync::assemble(std::move(all), constraints, examine, vxlsync::Interrupt());
+}
 
 // What is found where nobody searched: no window at all.
 Alignment nothing(std::size_t, std::size_t, double, double)
@@ -178,6 +185,14 @@ TEST(Assemble, PassesOnWhatALookThrows)
     EXPECT_THROW(
         assemble({linkOf(0, 1, 10.0, 0.6), linkOf(1, 2, 5.0, 0.6)}, constraintsOf(3), refusal),
         std::runtime_error);
+}
+
+TEST(Assemble, CanBeCancelledWhereNothingIsLookedAt)
+{
+    const vxlsync::Interrupt interrupt([] { return true; });
+
+    EXPECT_THROW(vxlsync::assemble({linkOf(0, 1, 10.0, 0.6)}, constraintsOf(2), nothing, interrupt),
+                 vxlsync::Cancelled);
 }
 
 // A link that is alike enough, and too little: of 40 s and more at least 18 are asked.

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "TestScene.h"
+#include "vxl_sync/Sync.h"
 
 namespace
 {
@@ -53,6 +54,16 @@ TEST(PartDoubtful, PartsWhatOnlyOneDoubtfulPairSays)
         partDoubtful(scene.arrangement);
         EXPECT_EQ(scene.arrangement.groups().all().size(), slope == 0.0 ? 2u : 1u);
     }
+}
+
+TEST(Doubt, CanBeCancelled)
+{
+    Scene scene({linkOf(0, 1, 10.0, 0.6)}, 2);
+    scene.join(0);
+    scene.isCancelled = true;
+
+    EXPECT_THROW(partDoubtful(scene.arrangement), vxlsync::Cancelled);
+    EXPECT_THROW(certaintiesOf(scene.arrangement), vxlsync::Cancelled);
 }
 
 TEST(PartDoubtful, LeavesWhatTheUserKnows)

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "TestScene.h"
+#include "vxl_sync/Sync.h"
 
 namespace
 {
@@ -43,6 +44,15 @@ TEST(Improve, MovesARecordingToThePlaceForWhichMoreSpeaks)
     EXPECT_TRUE(scene.arrangement.holds(1));
     EXPECT_TRUE(scene.arrangement.holds(2));
     EXPECT_FALSE(scene.arrangement.holds(3));
+}
+
+TEST(Improve, CanBeCancelled)
+{
+    Scene scene({linkOf(0, 1, 10.0, 0.6)}, 2);
+    scene.join(0);
+    scene.isCancelled = true;
+
+    EXPECT_THROW(improve(scene.arrangement), vxlsync::Cancelled);
 }
 
 TEST(Improve, MovesAPartOfAGroupAsAWhole)

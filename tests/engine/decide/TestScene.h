@@ -1,6 +1,7 @@
 #ifndef VXL_SYNC_TESTS_TESTSCENE_H
 #define VXL_SYNC_TESTS_TESTSCENE_H
 
+#include <atomic>
 #include <cstddef>
 #include <utility>
 #include <vector>
@@ -19,7 +20,7 @@ struct Scene {
         : constraints(std::move(newConstraints)),
           best(vxlsync::bestCoherences(newLinks, recordings)),
           judged(vxlsync::judgeLinks(std::move(newLinks), best)),
-          arrangement(constraints, {judged, best, constraints.durations, examine})
+          arrangement(constraints, {judged, best, constraints.durations, examine}, interrupt)
     {
     }
     Scene(vxlsync::Links newLinks, std::size_t recordings)
@@ -43,6 +44,8 @@ struct Scene {
     std::vector<double> best;
     vxlsync::Links judged;
     vxlsync::Alignment seen;
+    std::atomic<bool> isCancelled{false};
+    const vxlsync::Interrupt interrupt{[this] { return isCancelled.load(); }};
     vxlsync::Examine examine = [this](std::size_t, std::size_t, double, double) { return seen; };
     vxlsync::Arrangement arrangement;
 };
