@@ -3,8 +3,8 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <array>
 #include <cstdlib>
+#include <string>
 
 #include "ProgressBar.h"
 
@@ -17,16 +17,6 @@ namespace
 // What a shell adds to the number of the signal that ended a program.
 constexpr int shellSignalBase = 128;
 
-// Covers any bar, with a return to the start of the line at both ends.
-constexpr std::array<char, greatestBarWidth + 2> blank = [] {
-    std::array<char, greatestBarWidth + 2> letters{};
-    for (char& letter : letters)
-        letter = ' ';
-    letters.front() = '\r';
-    letters.back() = '\r';
-    return letters;
-}();
-
 } // namespace
 
 extern "C" {
@@ -38,7 +28,7 @@ static void endAtOnce(int number)
 
 static void endWithoutBar(int number)
 {
-    const auto ignored = write(STDERR_FILENO, blank.data(), blank.size());
+    const auto ignored = write(STDERR_FILENO, eraseLine, std::char_traits<char>::length(eraseLine));
     static_cast<void>(ignored);
     std::quick_exit(shellSignalBase + number);
 }

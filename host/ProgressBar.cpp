@@ -16,8 +16,11 @@ namespace vxlsync::host
 namespace
 {
 
-// Letters between the brackets.
-constexpr std::size_t barLetters = 40;
+// Letters between the brackets where there is room, and those below which there are none.
+constexpr std::size_t mostLetters = 40;
+constexpr std::size_t leastLetters = 5;
+// Of label, brackets, percents and seconds left with the most digits.
+constexpr std::size_t columnsAround = 35;
 // Share of the whole before which the time left is a guess.
 constexpr double leastForecastShare = 0.05;
 // Seconds left that have six digits at most; a forecast beyond helps nobody.
@@ -38,23 +41,32 @@ bool isKnown(double secondsLeft)
     return secondsLeft >= 0.0 && secondsLeft <= greatestForecastSeconds;
 }
 
+// With its brackets.
+std::string lettersOf(int percent, std::size_t columns)
+{
+    const std::size_t free = columns > columnsAround ? columns - columnsAround : 0;
+    const std::size_t letters = std::min(free, mostLetters);
+    if (letters < leastLetters) return "";
+    const std::size_t full = static_cast<std::size_t>(percent) * letters / 100;
+    return "[" + std::string(full, '#') + std::string(letters - full, '.') + "]";
+}
+
 } // namespace
 
-std::string barText(const std::string& label, double share, double secondsLeft)
+std::string barText(const std::string& label, double share, double secondsLeft, std::size_t columns)
 {
     const int percent = percentOf(share);
-    const std::size_t full = static_cast<std::size_t>(percent) * barLetters / 100;
-    std::string text = fmt::format("{:<12}[{}{}]{:>4} %", label, std::string(full, '#'),
-                                   std::string(barLetters - full, '.'), percent);
+    std::string text = fmt::format("{:<12}{}{:>4} %", label, lettersOf(percent, columns), percent);
     if (isKnown(secondsLeft)) text += fmt::format("  {:.0f} s left", std::ceil(secondsLeft));
-    return text;
+    return text.substr(0, columns > 0 ? columns - 1 : 0);
 }
 
 ProgressBar::ProgressBar(std::ostream& newOut, ProgressMode newMode,
-                         std::vector<std::string> newPaths)
+                         std::vector<std::string> newPaths, std::function<std::size_t()> newColumns)
     : out(newOut),
       mode(newMode),
       paths(std::move(newPaths)),
+      columns(std::move(newColumns)),
       start(std::chrono::steady_clock::now())
 {
 }
@@ -78,7 +90,8 @@ void ProgressBar::show(const Progress& progress)
 
 void ProgressBar::drawBar(const Progress& progress)
 {
-    std::string text = barText(nameOf(progress.stage), progress.share, secondsLeft(progress.share));
+    std::string text =
+        barText(nameOf(progress.stage), progress.share, secondsLeft(progress.share), columns());
     if (text == drawn) return;
     erase();
     out << text << std::flush;
@@ -128,7 +141,7 @@ bool ProgressBar::isWorthALine(const Progress& progress, int percentStep)
 void ProgressBar::erase()
 {
     if (drawn.empty()) return;
-    out << '\r' << std::string(drawn.size(), ' ') << '\r';
+    out << eraseLine;
     drawn.clear();
 }
 

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <iosfwd>
 #include <optional>
 #include <string>
@@ -20,8 +21,10 @@ enum class ProgressMode { bar, plain, json, none };
 class ProgressBar
 {
 public:
-    // `newPaths` are those of the sources, by index.
-    ProgressBar(std::ostream& newOut, ProgressMode newMode, std::vector<std::string> newPaths);
+    // `newPaths` are those of the sources, by index. `newColumns` tells the width of the terminal,
+    // which may change, and is asked for a bar only.
+    ProgressBar(std::ostream& newOut, ProgressMode newMode, std::vector<std::string> newPaths,
+                std::function<std::size_t()> newColumns);
     // Takes the bar away.
     ~ProgressBar();
     ProgressBar(const ProgressBar&) = delete;
@@ -40,6 +43,7 @@ private:
     std::ostream& out;
     ProgressMode mode;
     std::vector<std::string> paths;
+    std::function<std::size_t()> columns;
     std::chrono::steady_clock::time_point start;
     // What the last line was about.
     std::optional<Stage> lineStage;
@@ -48,13 +52,15 @@ private:
     std::string drawn;
 };
 
-// Columns that the bar keeps to, so that it never wraps on a terminal of 80.
-constexpr std::size_t greatestBarWidth = 79;
+// Takes a bar of any width away.
+constexpr const char* eraseLine = "\r\x1b[K";
 
-// The bar as it looks, in ASCII, at most greatestBarWidth long. Shares outside 0 to 1 count as the
-// nearer end, NaN as 0; seconds that are negative or more than eleven days are unknown. The label
-// has at most 12 letters.
-std::string barText(const std::string& label, double share, double secondsLeft);
+// The bar as it looks, in ASCII. It leaves the last of the columns free, so that it never wraps,
+// and gives up its letters first where they are few. Shares outside 0 to 1 count as the nearer end,
+// NaN as 0; seconds that are negative or more than eleven days are unknown. The label has at most
+// 12 letters.
+std::string barText(const std::string& label, double share, double secondsLeft,
+                    std::size_t columns);
 
 } // namespace vxlsync::host
 

@@ -1,6 +1,9 @@
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdlib>
 #include <functional>
 #include <iostream>
 #include <string>
@@ -28,13 +31,29 @@ namespace vxlsync::host
 namespace
 {
 
+// As wide as most are, where it does not say.
+constexpr std::size_t usualColumns = 80;
+
+std::size_t terminalColumns()
+{
+    winsize size = {};
+    if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return usualColumns;
+    return size.ws_col;
+}
+
+// False as well on a terminal that cannot take a bar away.
+bool canDrawBar()
+{
+    const char* const terminal = std::getenv("TERM");
+    return isatty(STDERR_FILENO) == 1 && (terminal == nullptr || std::string(terminal) != "dumb");
+}
+
 Result synchronise(const Options& options, const std::vector<std::string>& paths)
 {
     Request request = requestOf(options, paths);
-    const bool onTerminal = isatty(STDERR_FILENO) == 1;
     const ProgressMode mode =
-        options.progress.value_or(onTerminal ? ProgressMode::bar : ProgressMode::none);
-    ProgressBar bar(std::cerr, mode, paths);
+        options.progress.value_or(canDrawBar() ? ProgressMode::bar : ProgressMode::none);
+    ProgressBar bar(std::cerr, mode, paths, terminalColumns);
     endAtOnceOnSignals(mode == ProgressMode::bar);
     Callbacks callbacks;
     callbacks.progress = [&bar](const Progress& progress) { bar.show(progress); };

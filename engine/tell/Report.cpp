@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <tuple>
 
@@ -189,11 +190,36 @@ std::string reasonForDoubt(const std::vector<CandidatePlace>& candidates,
 
 // What a place is asked by that a recording does not have.
 struct NoPlace {
-    const Recording& recording;
+    const ReportInput& input;
     const Links& links;
     std::size_t position = 0;
     const std::vector<CandidatePlace>& candidates;
 };
+
+// None if the recording can be compared.
+std::optional<std::string> reasonNotToCompare(const Recording& recording)
+{
+    if (!recording.failure.empty()) return recording.failure;
+    if (recording.durationSeconds < shortestOverlapSeconds) return "too short";
+    if (recording.meanSquare < silentMeanSquare) return "silent";
+    return std::nullopt;
+}
+
+// What the user calls one device is not compared with itself.
+bool isComparedWithAny(const ReportInput& input, std::size_t position)
+{
+    const auto statedDevice = [&](std::size_t at) {
+        const Origin& origin = input.origins[at];
+        return origin.knownBy == DeviceEvidence::stated ? origin.device : std::string();
+    };
+    const std::string own = statedDevice(position);
+    for (std::size_t other = 0; other < input.recordings.size(); ++other) {
+        if (other != position && !reasonNotToCompare(input.recordings[other]) &&
+            (own.empty() || statedDevice(other) != own))
+            return true;
+    }
+    return false;
+}
 
 // Why a recording that could be read has no place. What would be known but for the user or the
 // device says more than what the sound leaves open.
@@ -201,8 +227,7 @@ std::string reasonOf(const NoPlace& missing, const std::vector<SourceFacts>& sou
 {
     const Links& links = missing.links;
     const std::size_t position = missing.position;
-    if (missing.recording.durationSeconds < shortestOverlapSeconds) return "too short";
-    if (missing.recording.meanSquare < silentMeanSquare) return "silent";
+    if (const auto reason = reasonNotToCompare(missing.input.recordings[position])) return *reason;
     if (hasLink(links, position, Verdict::forbidden, false))
         return "kept apart by the user from what it has in common with others";
     if (hasLink(links, position, Verdict::forbidden, true))
@@ -216,6 +241,7 @@ std::string reasonOf(const NoPlace& missing, const std::vector<SourceFacts>& sou
     if (!missing.candidates.empty())
         return "no certain place: perhaps " + phraseOf(missing.candidates.front(), sources) +
                ", but too little speaks for it";
+    if (!isComparedWithAny(missing.input, position)) return "nothing to compare it with";
     return "no sound in common with any other";
 }
 
@@ -247,7 +273,7 @@ void addLeftOut(Result& result, const ReportInput& input, const Links& links,
             result.failed.push_back({source, recording.failure});
             continue;
         }
-        const NoPlace missing{recording, links, position, candidates[position]};
+        const NoPlace missing{input, links, position, candidates[position]};
         result.alone.push_back({source, reasonOf(missing, result.sources), candidates[position]});
     }
     for (std::vector<LeftOut>* list : {&result.alone, &result.failed}) {

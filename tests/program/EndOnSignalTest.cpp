@@ -36,8 +36,8 @@ TEST(EndOnSignalDeathTest, EndTheProcessWithTheCodesOfAShell)
 
 TEST(EndOnSignalDeathTest, TakeTheBarAwayFirst)
 {
-    EXPECT_EXIT(endBySignal(SIGINT, true), ExitedWithCode(130), "^\r +\r$");
-    EXPECT_EXIT(endBySignal(SIGTERM, true), ExitedWithCode(143), "^\r +\r$");
+    EXPECT_EXIT(endBySignal(SIGINT, true), ExitedWithCode(130), "^\r\x1b\\[K$");
+    EXPECT_EXIT(endBySignal(SIGTERM, true), ExitedWithCode(143), "^\r\x1b\\[K$");
 }
 
 TEST(EndOnSignalDeathTest, LeaveAClosedPipeToTheSystem)

@@ -15,7 +15,7 @@ using testing::MatchesRegex;
 using testing::Not;
 using vxlsync::Progress;
 using vxlsync::Stage;
-using vxlsync::host::barText;
+using vxlsync::host::eraseLine;
 using vxlsync::host::ProgressBar;
 using vxlsync::host::ProgressMode;
 
@@ -35,13 +35,22 @@ Progress finished(std::size_t source, double stageShare, double share)
     return progress;
 }
 
+constexpr std::size_t usualColumns = 80;
+
+std::string barText(const std::string& label, double share, double secondsLeft,
+                    std::size_t columns = usualColumns)
+{
+    return vxlsync::host::barText(label, share, secondsLeft, columns);
+}
+
 // What one after the other leaves on the stream.
 std::string shown(ProgressMode mode, const std::vector<Progress>& steps,
-                  const std::vector<std::string>& paths = {"a.wav"})
+                  const std::vector<std::string>& paths = {"a.wav"},
+                  std::size_t columns = usualColumns)
 {
     std::ostringstream out;
     {
-        ProgressBar bar(out, mode, paths);
+        ProgressBar bar(out, mode, paths, [columns] { return columns; });
         for (const Progress& step : steps)
             bar.show(step);
     }
@@ -69,9 +78,19 @@ TEST(ProgressBar, TakesSharesOutsideForTheNearerEnd)
 
 TEST(ProgressBar, KeepsToTheWidthOfATerminal)
 {
-    EXPECT_LE(barText("Landmarks...", 1.0, 999999.0).size(), vxlsync::host::greatestBarWidth);
+    for (std::size_t columns = 0; columns < 200; ++columns)
+        EXPECT_LE(barText("Landmarks...", 1.0, 999999.0, columns).size(), columns - (columns > 0));
     EXPECT_THAT(barText("x", 0.5, 999999.0), EndsWith("  999999 s left"));
     EXPECT_THAT(barText("x", 0.5, 999999.5), EndsWith("  50 %"));
+}
+
+TEST(ProgressBar, GivesUpItsLettersWhereColumnsAreFew)
+{
+    EXPECT_EQ(barText("Reading", 0.5, 2.0, 45), "Reading     [#####.....]  50 %  2 s left");
+    EXPECT_EQ(barText("Reading", 0.5, 2.0, 39), "Reading       50 %  2 s left");
+    EXPECT_EQ(barText("Reading", 0.5, 2.0, 20), "Reading       50 % ");
+    EXPECT_EQ(shown(ProgressMode::bar, {at(Stage::reading, 0.5, 0.5)}, {"a.wav"}, 20).size(),
+              19 + std::string(eraseLine).size());
 }
 
 TEST(ProgressBar, NamesTheStageAndItsPlaceOfTheWhole)
@@ -148,8 +167,7 @@ TEST(ProgressBar, DrawsOverTheBarBefore)
 
     const std::string first = barText("Reading", 0.0, -1.0);
     const std::string second = barText("Landmarks", 0.025, -1.0);
-    const std::string blank = "\r" + std::string(first.size(), ' ') + "\r";
-    EXPECT_EQ(text, first + blank + second + blank);
+    EXPECT_EQ(text, first + eraseLine + second + eraseLine);
 }
 
 TEST(ProgressBar, DrawsNothingWhereNothingHasChanged)
@@ -161,8 +179,7 @@ TEST(ProgressBar, DrawsNothingWhereNothingHasChanged)
 
 TEST(ProgressBar, LeavesNothingOfTheBarBehind)
 {
-    EXPECT_THAT(shown(ProgressMode::bar, {at(Stage::reading, 0.0, 0.0)}),
-                EndsWith(std::string(40, ' ') + "\r"));
+    EXPECT_THAT(shown(ProgressMode::bar, {at(Stage::reading, 0.0, 0.0)}), EndsWith(eraseLine));
 }
 
 } // namespace

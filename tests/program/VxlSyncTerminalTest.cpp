@@ -4,6 +4,7 @@
 
 #include "LongJob.h"
 #include "Program.h"
+#include "ProgressBar.h"
 #include "Sounds.h"
 #include "Wave.h"
 
@@ -14,6 +15,7 @@ using program::LongJob;
 using program::Outcome;
 using testing::HasSubstr;
 using testing::Not;
+using vxlsync::host::eraseLine;
 
 TEST(VxlSyncTerminal, ShowsABarOnATerminal)
 {
@@ -27,6 +29,16 @@ TEST(VxlSyncTerminal, ShowsABarOnATerminal)
     EXPECT_EQ(run.exitCode, 4);
 }
 
+TEST(VxlSyncTerminal, ShowsANarrowBarOnANarrowTerminal)
+{
+    const wave::TempFolder folder;
+    const std::string path = folder.write("short.wav", sounds::recordingOf(1, 0, 5));
+
+    const Outcome run = program::runOnTerminal({path}, 0, 42);
+
+    EXPECT_THAT(run.err, HasSubstr("Reading     [.......]"));
+}
+
 TEST(VxlSyncTerminal, LeavesNothingOfTheBarBehind)
 {
     const wave::TempFolder folder;
@@ -34,8 +46,7 @@ TEST(VxlSyncTerminal, LeavesNothingOfTheBarBehind)
 
     const Outcome run = program::runOnTerminal({path});
 
-    // The last thing drawn is the blank that covers the bar.
-    EXPECT_THAT(run.err, testing::EndsWith(std::string(40, ' ') + "\r"));
+    EXPECT_THAT(run.err, testing::EndsWith(eraseLine));
 }
 
 TEST(VxlSyncTerminal, TakesTheBarAwayWhenItIsInterrupted)
@@ -49,7 +60,7 @@ TEST(VxlSyncTerminal, TakesTheBarAwayWhenItIsInterrupted)
         EXPECT_EQ(run.exitCode, 128 + number);
         EXPECT_EQ(run.out, "");
         EXPECT_THAT(run.err, testing::StartsWith("Reading     ["));
-        EXPECT_THAT(run.err, testing::EndsWith("\r" + std::string(79, ' ') + "\r"));
+        EXPECT_THAT(run.err, testing::EndsWith(eraseLine));
     }
 }
 

@@ -262,7 +262,7 @@ TEST(Report, CallsShortWhatIsTooShortToBeCompared)
 
 TEST(Report, CallsNothingShortThatCouldBeCompared)
 {
-    Job job(1);
+    Job job(2);
     job.recordings[0].durationSeconds = 2.0;
 
     EXPECT_EQ(reasonOf(job), "no sound in common with any other");
@@ -278,9 +278,35 @@ TEST(Report, CallsSilentWhatHasNothingButTheLastBit)
 
 TEST(Report, CallsNothingSilentThatCouldBeHeard)
 {
-    Job job(1);
+    Job job(2);
     job.recordings[0].meanSquare = 1e-9;
 
+    EXPECT_EQ(reasonOf(job), "no sound in common with any other");
+}
+
+TEST(Report, SaysThatThereIsNothingToCompareWith)
+{
+    EXPECT_EQ(reasonOf(Job(1)), "nothing to compare it with");
+
+    Job job(4);
+    job.recordings[1].failure = "no audio stream";
+    job.recordings[2].durationSeconds = 1.0;
+    job.recordings[3].meanSquare = 0.0;
+    EXPECT_EQ(reasonOf(job), "nothing to compare it with");
+    job.recordings[1].failure = "";
+    EXPECT_EQ(reasonOf(job), "no sound in common with any other");
+}
+
+TEST(Report, ComparesOneDeviceWithItselfWhereTheUserDoesNotSayThatItIsOne)
+{
+    Job job(2);
+    job.origins[0] = {"camera", vxlsync::DeviceEvidence::stated, std::nullopt};
+    job.origins[1] = {"camera", vxlsync::DeviceEvidence::model, std::nullopt};
+
+    EXPECT_EQ(reasonOf(job), "no sound in common with any other");
+    job.origins[1].knownBy = vxlsync::DeviceEvidence::stated;
+    EXPECT_EQ(reasonOf(job), "nothing to compare it with");
+    job.origins[1].device = "recorder";
     EXPECT_EQ(reasonOf(job), "no sound in common with any other");
 }
 

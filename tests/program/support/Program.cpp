@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <spawn.h>
 #include <stdlib.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -102,7 +103,8 @@ Outcome runInto(const std::string& outPath, const std::vector<std::string>& argu
     return {exitCode, std::string(), textOf(streams.errPath)};
 }
 
-Outcome runOnTerminal(const std::vector<std::string>& arguments, int signalNumber)
+Outcome runOnTerminal(const std::vector<std::string>& arguments, int signalNumber,
+                      unsigned short columns)
 {
     const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
     require(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0, "no terminal");
@@ -110,6 +112,9 @@ Outcome runOnTerminal(const std::vector<std::string>& arguments, int signalNumbe
     // Held open, so that the terminal does not end before the program has opened it.
     const int ours = open(terminalPath.c_str(), O_RDWR | O_NOCTTY);
     require(ours >= 0, terminalPath);
+    winsize size = {};
+    size.ws_col = columns;
+    require(ioctl(ours, TIOCSWINSZ, &size) == 0, terminalPath);
 
     const wave::TempFolder folder;
     const Streams streams{folder / "out", terminalPath};

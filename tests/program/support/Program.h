@@ -27,8 +27,10 @@ Outcome runAfter(const std::string& commands, const std::vector<std::string>& ar
 // The same with standard output going to the file, which `out` does not repeat.
 Outcome runInto(const std::string& outPath, const std::vector<std::string>& arguments);
 // The same with a terminal as standard error. The terminal turns each newline into "\r\n". Once the
-// first letter has come, the signal is sent, unless it is 0.
-Outcome runOnTerminal(const std::vector<std::string>& arguments, int signalNumber = 0);
+// first letter has come, the signal is sent, unless it is 0. A terminal of no columns does not say
+// how wide it is.
+Outcome runOnTerminal(const std::vector<std::string>& arguments, int signalNumber = 0,
+                      unsigned short columns = 0);
 
 // The program while it runs, both its streams going to files.
 class Running
