@@ -10,10 +10,12 @@
 #include "job/Machine.h"
 #include "job/Origins.h"
 #include "job/Plan.h"
+#include "job/Settle.h"
 #include "match/Examine.h"
 #include "match/LandmarkOffsets.h"
 #include "match/Landmarks.h"
 #include "match/Search.h"
+#include "match/SearchParted.h"
 #include "read/Read.h"
 #include "running/Run.h"
 #include "tell/Report.h"
@@ -45,6 +47,22 @@ Callbacks byIndex(const Callbacks& callbacks, const std::vector<std::size_t>& so
     return result;
 }
 
+Assembly decide(Links links, const std::vector<Prepared>& prepared,
+                const std::vector<LandmarkOffset>& landmarks, const Constraints& constraints,
+                Run& run)
+{
+    run.meter.begin(Stage::deciding, 0);
+    Examiner examiner(prepared, run.interrupt);
+    const auto assembleLinks = [&](Links all) {
+        return assemble(std::move(all), constraints, std::ref(examiner), run.interrupt);
+    };
+    const auto searchAgain = [&](const Assembly& assembly, double beginShare, double endShare) {
+        return searchParted(prepared, constraints.devices, landmarks,
+                            {assembly.groups, assembly.links}, beginShare, endShare, run);
+    };
+    return settle(std::move(links), assembleLinks, searchAgain);
+}
+
 Result workThrough(Plan& plan, const Options& options, Run& run)
 {
     std::vector<Recording> recordings = readAll(plan.sources, options, run);
@@ -58,11 +76,9 @@ Result workThrough(Plan& plan, const Options& options, Run& run)
     const std::vector<Prepared> prepared = prepareAll(takeSamples(recordings), run);
     Links links = searchPairs(prepared, plan.constraints.devices, landmarks, run);
 
-    run.meter.begin(Stage::deciding, 0);
     for (const Recording& recording : recordings)
         plan.constraints.durations.push_back(recording.durationSeconds);
-    Examiner examiner(prepared, run.interrupt);
-    Assembly assembly = assemble(std::move(links), plan.constraints, std::ref(examiner), run.interrupt);
+    Assembly assembly = decide(std::move(links), prepared, landmarks, plan.constraints, run);
 
     assembly.links = refineLinks(std::move(assembly.links), recordings, run);
     return reportDecision(reported,

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <iterator>
 #include <optional>
-#include <set>
 #include <utility>
 
 #include "match/CompleteGroups.h"
@@ -222,9 +221,6 @@ void searchBlurred(const std::vector<GroupPair>& pairs, double share, SearchStat
     look(tasks, search);
 }
 
-// Two groups by their members.
-using MemberLists = std::pair<std::vector<std::size_t>, std::vector<std::size_t>>;
-
 // Groups with sound that have not been searched against each other as they are.
 std::vector<GroupPair> takeOpen(std::set<MemberLists>& searched, const SearchState& search)
 {
@@ -248,9 +244,9 @@ std::vector<GroupPair> takeOpen(std::set<MemberLists>& searched, const SearchSta
 
 } // namespace
 
-void searchBetweenGroups(double beginShare, double endShare, SearchState& search)
+void searchBetweenGroups(double beginShare, double endShare, SearchState& search,
+                         std::set<MemberLists> searched)
 {
-    std::set<MemberLists> searched;
     double share = beginShare;
     for (std::size_t round = 0; round < mostRounds; ++round) {
         const std::vector<GroupPair> open = takeOpen(searched, search);

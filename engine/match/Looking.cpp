@@ -40,6 +40,14 @@ Links looked(const LookTask& task, const SearchState& search, AlignWorkspace& wo
 
 } // namespace
 
+Links linksIn(const LinkBook& book)
+{
+    Links all;
+    for (const auto& entry : book)
+        all.insert(all.end(), entry.second.begin(), entry.second.end());
+    return all;
+}
+
 SearchState::SearchState(const std::vector<Prepared>& newRecordings,
                          const std::vector<std::string>& newDevices,
                          const std::vector<LandmarkOffset>& newLandmarks, Run& newRun)

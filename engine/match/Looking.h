@@ -19,6 +19,8 @@ namespace vxlsync
 // A pair that was looked at and has none is kept as well.
 using LinkBook = std::map<std::pair<std::size_t, std::size_t>, Links>;
 
+Links linksIn(const LinkBook& book);
+
 // What the steps of a search share: what is searched, on what it runs, and what is known so far.
 struct SearchState {
     // All is borrowed. Requires offsets by pair.

@@ -17,14 +17,6 @@ constexpr double landmarksEndShare = 0.4;
 constexpr double completedShare = 0.6;
 constexpr double betweenEndShare = 0.85;
 
-Links linksOf(const LinkBook& book)
-{
-    Links all;
-    for (const auto& entry : book)
-        all.insert(all.end(), entry.second.begin(), entry.second.end());
-    return all;
-}
-
 } // namespace
 
 Links searchPairs(const std::vector<Prepared>& recordings, const std::vector<std::string>& devices,
@@ -37,7 +29,7 @@ Links searchPairs(const std::vector<Prepared>& recordings, const std::vector<std
     searchBetweenGroups(completedShare, betweenEndShare, search);
     lookAtDisputes(betweenEndShare, 1.0, search);
     run.meter.part({1.0, 1.0, 0});
-    return linksOf(search.book);
+    return linksIn(search.book);
 }
 
 } // namespace vxlsync

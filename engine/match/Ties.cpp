@@ -29,6 +29,13 @@ double neededSignificance(double overlap)
     return leastSignificanceOfShort + share * (leastSignificanceOfLong - leastSignificanceOfShort);
 }
 
+// False as well of a link that no decision knows yet.
+bool isDisbelieved(const Link& link)
+{
+    return link.verdict == Verdict::ambiguous || link.verdict == Verdict::contradicted ||
+           link.verdict == Verdict::forbidden;
+}
+
 } // namespace
 
 bool isTie(const Links& ofPair)
@@ -46,7 +53,8 @@ void gather(const LinkBook& book, Gathering& gathering)
 {
     std::vector<const Link*> ties;
     for (const auto& entry : book) {
-        if (isTie(entry.second)) ties.push_back(&entry.second.front());
+        if (isTie(entry.second) && !isDisbelieved(entry.second.front()))
+            ties.push_back(&entry.second.front());
     }
     std::stable_sort(ties.begin(), ties.end(), [](const Link* left, const Link* right) {
         return left->line.significance > right->line.significance;

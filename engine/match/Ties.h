@@ -11,7 +11,8 @@ namespace vxlsync
 // what an accepted link must be where the search can still go wrong, and more where it cannot.
 bool isTie(const Links& ofPair);
 
-// Joins what the ties of the book hold together, the clearest first.
+// Joins what the ties of the book hold together, the clearest first, but for those that a decision
+// did not believe.
 void gather(const LinkBook& book, Gathering& gathering);
 
 } // namespace vxlsync

@@ -72,6 +72,23 @@ TEST(Ties, HaveNoRivalThatComesNear)
     EXPECT_FALSE(vxlsync::isTie({clearLink(), rival}));
 }
 
+TEST(Ties, GatherNothingThatADecisionDidNotBelieve)
+{
+    for (const auto verdict : {vxlsync::Verdict::ambiguous, vxlsync::Verdict::contradicted,
+                               vxlsync::Verdict::forbidden}) {
+        vxlsync::Gathering gathering({20.0, 20.0, 20.0});
+        vxlsync::LinkBook book;
+        book[{0, 1}] = {clearLink(0, 1)};
+        book[{0, 1}][0].verdict = verdict;
+        book[{1, 2}] = {clearLink(1, 2)};
+        book[{1, 2}][0].verdict = vxlsync::Verdict::confirmed;
+
+        vxlsync::gather(book, gathering);
+
+        EXPECT_THAT(gathering.names(), ElementsAre(0, 1));
+    }
+}
+
 TEST(Ties, GatherTheClearestFirst)
 {
     vxlsync::LinkBook book;
