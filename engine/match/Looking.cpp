@@ -70,6 +70,11 @@ PairInHand SearchState::inHand(const RecordingPair& pair) const
     return {pair, recordings[pair.first], recordings[pair.second]};
 }
 
+Gathering SearchState::singles() const
+{
+    return Gathering(durationsOf(recordings));
+}
+
 const Links& SearchState::linksOf(const RecordingPair& pair) const
 {
     static const Links none;

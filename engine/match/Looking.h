@@ -40,6 +40,8 @@ struct SearchState {
     // Recordings of one stated device share no time, and what is alike in them is a repeat.
     bool mayCompare(std::size_t first, std::size_t second) const;
     PairInHand inHand(const RecordingPair& pair) const;
+    // Each recording as a group of its own.
+    Gathering singles() const;
     // None for a pair that nobody has looked at.
     const Links& linksOf(const RecordingPair& pair) const;
 };

@@ -4,6 +4,7 @@
 #include "match/CompleteGroups.h"
 #include "match/DisputeGroups.h"
 #include "match/FollowLandmarks.h"
+#include "match/Rivals.h"
 
 namespace vxlsync
 {
@@ -15,7 +16,8 @@ namespace
 // which that, the measuring within the groups and the search between them end.
 constexpr double landmarksEndShare = 0.4;
 constexpr double completedShare = 0.6;
-constexpr double betweenEndShare = 0.85;
+constexpr double betweenEndShare = 0.8;
+constexpr double disputesEndShare = 0.9;
 
 } // namespace
 
@@ -27,7 +29,8 @@ Links searchPairs(const std::vector<Prepared>& recordings, const std::vector<std
     followLandmarks(landmarksEndShare, search);
     completeGroups(landmarksEndShare, completedShare, search);
     searchBetweenGroups(completedShare, betweenEndShare, search);
-    lookAtDisputes(betweenEndShare, 1.0, search);
+    lookAtDisputes(betweenEndShare, disputesEndShare, search);
+    lookForRivals(disputesEndShare, 1.0, search);
     run.meter.part({1.0, 1.0, 0});
     return linksIn(search.book);
 }

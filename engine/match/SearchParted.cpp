@@ -6,6 +6,7 @@
 #include "match/BetweenGroups.h"
 #include "match/CompleteGroups.h"
 #include "match/Looking.h"
+#include "match/Rivals.h"
 #include "match/Ties.h"
 
 namespace vxlsync
@@ -97,6 +98,7 @@ Links searchParted(const std::vector<Prepared>& recordings, const std::vector<st
     layByUsedLinks(parted.links, groupsByRecording(parted, recordings.size()), search.gathering);
     search.book = bookOf(parted.links);
     searchBetweenGroups(beginShare, endShare, search, searchedBefore(before, search.gathering));
+    lookForRivals(endShare, endShare, search);
     Links links = linksIn(search.book);
     for (Link& link : links) {
         link.verdict = Verdict::weak;
