@@ -152,19 +152,45 @@ TEST(Looking, AddsToWhatIsKnownTheMostCoherentFirst)
     EXPECT_NEAR(links[0].line.offset + links[1].line.offset, 10.0, 1e-4);
 }
 
-TEST(Looking, MeasuresWithAllWindowsWhatAFirstLookFinds)
+// Two that share 40 s, of which a first look has 12 windows.
+std::vector<Prepared> longRecorders()
 {
     const std::vector<float> event = noise(1, 80 * rate);
     std::vector<Prepared> recordings;
     recordings.push_back(recorderOf(event, 0, 60, 2));
     recordings.push_back(recorderOf(event, 20, 60, 3));
-    SearchUnderTest search(std::move(recordings));
+    return recordings;
+}
+
+TEST(Looking, MeasuresWithAllWindowsWhatAFirstLookFinds)
+{
+    SearchUnderTest search(longRecorders());
 
     vxlsync::look({{{0, 1}, {proposalAt(20.0)}}}, search.state);
 
-    // 40 s shared; a first look has 12.
     ASSERT_THAT(search.state.linksOf({0, 1}), SizeIs(1));
     EXPECT_GT(search.state.linksOf({0, 1})[0].line.windows.size(), 12u);
+}
+
+// The few windows of a first look are at times more coherent than all are.
+TEST(Looking, MeasuresWithAllWindowsWhatTakesThePlaceOfAKnownLine)
+{
+    SearchUnderTest search(longRecorders());
+    vxlsync::look({{{0, 1}, {proposalAt(20.0)}}}, search.state);
+    Links& known = search.state.book[{0, 1}];
+    const double coherence = known[0].line.coherence;
+    known[0].line.coherence = 0.5 * coherence;
+    known.insert(known.begin(), known[0]);
+    known[0].line.offset = 8.0;
+    known[0].line.coherence = 0.6 * coherence;
+
+    // Too far from the line for it to be seen at once that it is the same.
+    vxlsync::look({{{0, 1}, {proposalAt(20.03)}}}, search.state);
+
+    ASSERT_THAT(known, SizeIs(2));
+    EXPECT_NEAR(known[0].line.offset, 20.0, 1e-4);
+    EXPECT_NEAR(known[0].line.coherence, coherence, 0.01);
+    EXPECT_GT(known[0].line.windows.size(), 12u);
 }
 
 TEST(Looking, LeavesWhatIsKnownAsItIsWhereNothingIsNew)
