@@ -131,6 +131,39 @@ TEST_F(WaveHeader, TakesNothingOfAFormatThatLiesBehindIt)
     EXPECT_FALSE(headerOf(narrow));
 }
 
+// As decoders read it; a second one could say anything of the sound, no rate at all among it.
+TEST_F(WaveHeader, IsOfTheFirstFormat)
+{
+    const auto fileWith = [](const wave::Format& first, const wave::Format& second) {
+        Bytes bytes = wave::riffStart();
+        wave::append(bytes, wave::formatChunk(first));
+        wave::append(bytes, wave::formatChunk(second));
+        wave::append(bytes, wave::chunk("data", Bytes(4)));
+        return bytes;
+    };
+    wave::Format none;
+    none.sampleRate = 0;
+
+    EXPECT_EQ(headerOf(fileWith(wave::Format(), none))->rate, 8000);
+    EXPECT_TRUE(headerOf(fileWith(wave::Format(), wave::format(2, 1, 4))));
+    EXPECT_FALSE(headerOf(fileWith(wave::format(2, 1, 4), wave::Format())));
+}
+
+TEST_F(WaveHeader, OfWave64IsOfTheFirstFormat)
+{
+    const auto fileWith = [](const wave::Format& first) {
+        const Bytes chunk = wave::formatChunk(first);
+        Bytes bytes = wave64Start();
+        appendWideHead(bytes, "fmt ", wideHeadBytes + 16);
+        bytes.insert(bytes.end(), chunk.begin() + 8, chunk.end());
+        appendWave64Sound(bytes, wideHeadBytes + 4);
+        return bytes;
+    };
+
+    EXPECT_EQ(headerOf(fileWith(wave::format(3, 2, 64)))->frameBytes(), 16u);
+    EXPECT_FALSE(headerOf(fileWith(wave::format(2, 1, 4))));
+}
+
 TEST_F(WaveHeader, SkipsChunksAndTheirPadding)
 {
     Bytes bytes = wave::riffStart();
