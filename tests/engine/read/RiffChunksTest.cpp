@@ -103,6 +103,16 @@ TEST_F(RiffChunks, OfAFileOfZerosAreAThousand)
     EXPECT_EQ(allOf({file, 8 * 3, file.size()}).size(), 999u);
 }
 
+TEST_F(RiffChunks, AreNoMoreOnceTheyHaveEnded)
+{
+    const InputFile file(write(wave::Bytes(8 * 1002)));
+    vxlsync::RiffChunks chunks(file, 0, file.size());
+    while (chunks.next()) {
+    }
+
+    EXPECT_FALSE(chunks.next());
+}
+
 TEST(RiffChunk, IsKnownByAllFourLettersOfItsName)
 {
     RiffChunk chunk;
