@@ -75,4 +75,12 @@ TEST(MediaLists, AreNamesWithCommasBetweenEachOnce)
     }
 }
 
+TEST(MediaLists, HoldNoContainersThatFfmpegOnlyWrites)
+{
+    for (const std::string& name : namesOf(vxlsync::allowedContainers())) {
+        if (av_find_input_format(name.c_str()) != nullptr) continue;
+        EXPECT_EQ(av_guess_format(name.c_str(), nullptr, nullptr), nullptr) << name;
+    }
+}
+
 } // namespace
