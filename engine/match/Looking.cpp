@@ -24,6 +24,15 @@ std::vector<double> durationsOf(const std::vector<Prepared>& recordings)
     return durations;
 }
 
+// True if no link has been added and no line has given way to one that is more coherent.
+bool areSame(const Links& links, const Links& known)
+{
+    return std::equal(links.begin(), links.end(), known.begin(), known.end(),
+                      [](const Link& left, const Link& right) {
+                          return left.line.coherence == right.line.coherence;
+                      });
+}
+
 // The links of the pair after the look.
 Links looked(const LookTask& task, const SearchState& search, AlignWorkspace& work)
 {
@@ -34,7 +43,7 @@ Links looked(const LookTask& task, const SearchState& search, AlignWorkspace& wo
     for (const Proposal& proposal : task.proposals)
         links = lookAt(proposal, pair, std::move(links), interrupt, work);
     // What is known has been measured already.
-    if (links.size() == known.size()) return links;
+    if (areSame(links, known)) return links;
     return lookClosely(pair, std::move(links), interrupt, work);
 }
 

@@ -12,11 +12,11 @@ const char* allowedContainers()
         "flac,ape,shn,tak,tta,wv,truehd,mlp,dsf,iff,wsd,"
         // Compressed with loss. G.722 and GSM are known by their names alone, but recorders of
         // telephones write them.
-        "mp3,aac,loas,latm,ac3,eac3,dts,dtshd,spdif,s337m,ogg,mpc,mpc8,amr,amrnb,amrwb,qcp,oma,"
+        "mp3,aac,loas,ac3,eac3,dts,dtshd,spdif,s337m,ogg,mpc,mpc8,amr,amrnb,amrwb,qcp,oma,"
         "xwma,"
         "dss,act,g722,gsm,"
         // Of films.
-        "mov,mp4,m4a,3gp,3g2,mj2,matroska,webm,avi,asf,asf_o,flv,mpeg,mpegts,mxf,mxf_opatom,gxf,dv,"
+        "mov,mp4,m4a,3gp,3g2,mj2,matroska,webm,avi,asf,asf_o,flv,mpeg,mpegts,mxf,gxf,dv,"
         "lxf,"
         "nut,rm,wtv,dhav";
 }

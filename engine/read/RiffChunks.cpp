@@ -17,9 +17,10 @@ constexpr int mostChunks = 1000;
 std::optional<RiffChunk> RiffChunks::next()
 {
     std::array<unsigned char, 8> head{};
-    if (count++ == mostChunks || at + static_cast<std::int64_t>(head.size()) > end ||
+    if (count == mostChunks || at + static_cast<std::int64_t>(head.size()) > end ||
         file.read(at, head.data(), head.size()) < head.size())
         return std::nullopt;
+    ++count;
     RiffChunk chunk;
     std::memcpy(chunk.name.data(), head.data(), chunk.name.size());
     chunk.at = at + static_cast<std::int64_t>(head.size());

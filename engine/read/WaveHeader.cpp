@@ -55,7 +55,8 @@ std::int64_t dataBytesOf(std::int64_t chunkBytes, std::int64_t wideBytes)
     return chunkBytes == 0 || chunkBytes == allOnes ? WaveHeader::runsToTheEnd : chunkBytes;
 }
 
-// Walks the chunks up to the sound, which comes after its format.
+// Walks the chunks up to the sound, which comes after its format. Of several formats the first
+// counts, as it does to FFmpeg.
 std::optional<WaveHeader> walkChunks(const InputFile& file, std::int64_t at, bool isWide)
 {
     WaveHeader header;
@@ -69,7 +70,10 @@ std::optional<WaveHeader> walkChunks(const InputFile& file, std::int64_t at, boo
             return isKnown ? std::optional(header) : std::nullopt;
         }
         if (isWide && chunk->is("ds64")) wideBytes = wideSizeAt(file, chunk->at);
-        if (chunk->is("fmt ")) isKnown = readFormat(file, chunk->at, chunk->bytes, header);
+        if (chunk->is("fmt ") && !isKnown) {
+            if (!readFormat(file, chunk->at, chunk->bytes, header)) return std::nullopt;
+            isKnown = true;
+        }
     }
     return std::nullopt;
 }
@@ -107,7 +111,10 @@ std::optional<WaveHeader> walkWave64(const InputFile& file)
         }
         // Nothing lies behind it.
         if (bytes < 0 || bytes > file.size()) break;
-        if (startsWith(head.data(), "fmt ")) isKnown = readFormat(file, at, bytes, header);
+        if (startsWith(head.data(), "fmt ") && !isKnown) {
+            if (!readFormat(file, at, bytes, header)) break;
+            isKnown = true;
+        }
         at += (bytes + 7) / 8 * 8;
     }
     return std::nullopt;

@@ -79,35 +79,11 @@ TEST(Clocks, TakesMayRunIntoEachOtherByWhatClocksErr)
     expectNothing({created(0, 31), created(28.9, 35)}, true);
 }
 
-TEST(Clocks, ADateWithoutATimeSaysNothing)
-{
-    // Ten hours before ten.
-    expectNothing({created(-10 * hour, 30), created(14 * hour, 30)}, false);
-
-    vxlsync::Take local = created(-12 * hour, 30);
-    local.facts.created->zoneMinutes = 120;
-    expectNothing({local}, false);
-}
-
 TEST(Clocks, AFileWithoutATimeHasNoStart)
 {
     const Takes takes{created(0, 30), takes::take("a.mov", 30), created(40, 30)};
     EXPECT_THAT(read(takes).starts, ElementsAre(Optional(ten), std::nullopt, Optional(ten + 40)));
     expectNothing({takes[1], takes[1]}, false);
-}
-
-TEST(Clocks, ChaptersWithTheTimeOfTheFirstFollowEachOther)
-{
-    EXPECT_THAT(startsOf({created(0, 100, "GX010042.MP4"), created(0, 100, "GX020042.MP4"),
-                          created(0, 30, "GX030042.MP4"), created(300, 30, "GX010043.MP4")}),
-                ElementsAre(0.0, 100.0, 200.0, 300.0));
-    EXPECT_THAT(read({created(0, 100, "GX010042.MP4"), takes::take("GX020042.MP4", 30)}).starts,
-                ElementsAre(Optional(ten), std::nullopt));
-    // Neither the next chapter nor the next take.
-    expectNothing({created(0, 100, "GX010042.MP4"), created(0, 100, "GX030042.MP4")}, true);
-    // The next take has a time of its own.
-    EXPECT_THAT(startsOf({created(0, 30, "MVI_0001.MOV"), created(50, 10, "MVI_0002.MOV")}),
-                ElementsAre(0.0, 50.0));
 }
 
 TEST(Clocks, ACountIsFinerThanATime)
@@ -142,15 +118,6 @@ TEST(Clocks, ATakeWithoutACountHasNoStartAmongCountedOnes)
                 ElementsAre(Optional(100.0), std::nullopt, Optional(300.0)));
 }
 
-TEST(Clocks, ACountPassesMidnight)
-{
-    EXPECT_THAT(startsOf({both(0, 86390, 20), both(100, 90, 20)}),
-                ElementsAre(0.0, testing::DoubleNear(100.0, 1e-6)));
-    // Without a date the day begins behind its longest rest.
-    EXPECT_THAT(startsOf({counted(86390, 20), counted(90, 20)}), ElementsAre(0.0, 100.0));
-    EXPECT_THAT(startsOf({counted(90, 20), counted(300, 20)}), ElementsAre(0.0, 210.0));
-}
-
 TEST(Clocks, ACountMayBeSetByTheClockAtEachTake)
 {
     // 30 numbers for 29.97 frames a second: the day of its numbers lasts 86,486.4 s. Two hours
@@ -163,22 +130,6 @@ TEST(Clocks, ACountMayBeSetByTheClockAtEachTake)
     // Or it runs on, and the clock is 7.2 s behind its numbers.
     takes[1].facts.created->seconds = ten + 7207;
     EXPECT_THAT(startsOf(takes), ElementsAre(0.0, testing::DoubleNear(7207.2, 1e-6)));
-}
-
-TEST(Clocks, ACountOfSeveralDaysGoesByTheDates)
-{
-    EXPECT_THAT(startsOf({both(0, 36000, 20), both(48 * hour, 36000.5, 20)}),
-                ElementsAre(0.0, testing::DoubleNear(48 * hour + 0.5, 1e-6)));
-}
-
-TEST(Clocks, WithoutARestNoOneKnowsWhichCameFirst)
-{
-    EXPECT_THAT(startsOf({counted(0, 20), counted(6 * hour, 20), counted(12 * hour, 20),
-                          counted(18 * hour, 20)}),
-                ElementsAre(0.0, 6 * hour, 12 * hour, 18 * hour));
-    expectNothing({counted(0, 20), counted(5 * hour, 20), counted(10 * hour, 20),
-                   counted(15 * hour, 20), counted(19 * hour, 20)},
-                  false);
 }
 
 TEST(Clocks, ACountThatStandsStillBetweenTakesSaysNothing)

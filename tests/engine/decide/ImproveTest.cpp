@@ -9,25 +9,12 @@ namespace
 {
 
 using links::constraintsOf;
+using links::different;
 using links::linkOf;
 using links::Scene;
 using testing::ElementsAre;
-using vxlsync::Alignment;
 using vxlsync::Constraints;
 using vxlsync::Standing;
-
-// Both have sound, and it differs.
-Alignment different()
-{
-    Alignment line;
-    line.windows.resize(14);
-    line.coherence = 0.005;
-    line.significance = 2.0;
-    line.fullSignificance = 400.0;
-    line.activity = 0.9;
-    line.heardSeconds = 20.0;
-    return line;
-}
 
 TEST(Improve, MovesARecordingToThePlaceForWhichMoreSpeaks)
 {

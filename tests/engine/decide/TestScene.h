@@ -13,6 +13,19 @@
 namespace links
 {
 
+// What a look sees where both have sound, and it differs.
+inline vxlsync::Alignment different()
+{
+    vxlsync::Alignment line;
+    line.windows.resize(14);
+    line.coherence = 0.005;
+    line.significance = 2.0;
+    line.fullSignificance = 400.0;
+    line.activity = 0.9;
+    line.heardSeconds = 20.0;
+    return line;
+}
+
 // Recordings, their links, and what looks see: nothing unless said otherwise. The arrangement
 // borrows the rest.
 struct Scene {

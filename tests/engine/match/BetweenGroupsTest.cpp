@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 
 #include "Searching.h"
-#include "match/GroupCandidates.h"
 
 namespace
 {
@@ -118,28 +117,6 @@ TEST(BetweenGroups, AsksNoMembersOfOneDevice)
 
     EXPECT_EQ(search.state.linksOf({1, 2}).size(), 1u);
     EXPECT_EQ(search.state.book.count({0, 2}), 0u);
-}
-
-TEST(GroupCandidates, TellHowTheClocksOfTwoGroupsLie)
-{
-    const std::vector<float> event = noise(1, 40 * rate);
-    std::vector<Prepared> recordings;
-    recordings.push_back(recorderOf(event, 10, 15, 2));
-    recordings.push_back(recorderOf(event, 0, 20, 3));
-    recordings.push_back(recorderOf(event, 22, 15, 4));
-    SearchUnderTest search(std::move(recordings));
-    // The clock of the group reads 0 where 0 starts, 10 s into the event.
-    search.state.gathering.join(0, 1, lineOf(-10.0));
-
-    const vxlsync::GroupCandidates found =
-        vxlsync::candidatesOfGroups({{0, 2}}, 0.0, 1.0, search.state);
-
-    EXPECT_TRUE(found.isThorough);
-    EXPECT_THAT(
-        found.candidates,
-        testing::Contains(testing::Truly([](const vxlsync::GroupCandidate& candidate) {
-            return isSame(candidate.pair, {0, 2}) && std::fabs(candidate.shift - 12.0) < 0.001;
-        })));
 }
 
 } // namespace

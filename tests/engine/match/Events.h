@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Signals.h"
+#include "model/Recording.h"
 
 namespace events
 {
@@ -28,6 +29,14 @@ inline std::vector<float> eventFrom(std::size_t startFrame)
         samples[i] *= loudness;
     }
     return {samples.begin() + static_cast<std::ptrdiff_t>(first), samples.end()};
+}
+
+inline vxlsync::Recording recordingOf(const std::vector<float>& samples)
+{
+    vxlsync::Recording recording;
+    recording.samples = signals::stored(samples);
+    recording.durationSeconds = static_cast<double>(samples.size()) / signals::rate;
+    return recording;
 }
 
 } // namespace events

@@ -9,18 +9,11 @@
 namespace
 {
 
+using events::recordingOf;
 using testing::Gt;
 using testing::IsEmpty;
 using vxlsync::LandmarkOffset;
 using vxlsync::Recording;
-
-Recording recordingOf(const std::vector<float>& samples)
-{
-    Recording recording;
-    recording.samples = signals::stored(samples);
-    recording.durationSeconds = static_cast<double>(samples.size()) / signals::rate;
-    return recording;
-}
 
 std::vector<LandmarkOffset> offsetsOf(const std::vector<Recording>& recordings)
 {

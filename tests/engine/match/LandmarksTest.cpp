@@ -9,16 +9,10 @@
 namespace
 {
 
+using events::recordingOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using vxlsync::Recording;
-
-Recording recordingOf(const std::vector<float>& samples)
-{
-    Recording recording;
-    recording.samples = signals::stored(samples);
-    return recording;
-}
 
 TEST(Landmarks, TellWholeFramesBetweenTwoRecordings)
 {
@@ -83,15 +77,6 @@ TEST(Landmarks, MakeAStepForEachRecordingAndOneForTheGrouping)
     vxlsync::groupByLandmarks(std::vector<Recording>(3), run);
 
     EXPECT_THAT(shares, ElementsAre(0.0, 0.25, 0.5, 0.75, 1.0));
-}
-
-TEST(Landmarks, CanBeEndedWhileTheyAreExtracted)
-{
-    std::vector<Recording> recordings(1);
-    recordings[0].samples.appendSilence(36000u * signals::rate);
-    vxlsync::Run run(1, measuring::plenty, measuring::cancelling());
-
-    EXPECT_THROW(vxlsync::groupByLandmarks(recordings, run), vxlsync::Cancelled);
 }
 
 TEST(Landmarks, CanBeEndedWhileTheyAreGrouped)

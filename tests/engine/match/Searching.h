@@ -32,10 +32,11 @@ inline vxlsync::Alignment lineOf(double offset)
 }
 
 struct SearchUnderTest {
-    explicit SearchUnderTest(std::vector<vxlsync::Prepared> newRecordings)
+    explicit SearchUnderTest(std::vector<vxlsync::Prepared> newRecordings, std::size_t threads = 1,
+                             const vxlsync::Callbacks& callbacks = {})
         : recordings(std::move(newRecordings)),
           devices(recordings.size()),
-          run(1, measuring::plenty, {}),
+          run(threads, measuring::plenty, callbacks),
           state(recordings, devices, landmarks, run)
     {
     }

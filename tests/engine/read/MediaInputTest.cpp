@@ -7,13 +7,8 @@
 
 #include <gtest/gtest.h>
 
-extern "C" {
-#include <libavutil/avstring.h>
-}
-
 #include "Reading.h"
 #include "Wave.h"
-#include "read/MediaLists.h"
 
 namespace
 {
@@ -59,43 +54,6 @@ TEST(MediaInput, TurnsNullIntoAnException)
 {
     EXPECT_THROW(vxlsync::requireMemory(nullptr), std::bad_alloc);
     EXPECT_NO_THROW(vxlsync::requireMemory(this));
-}
-
-TEST(MediaLists, HoldNothingThatLeadsElsewhereOrMakesSoundByProgram)
-{
-    for (const char* name : {"hls",
-                             "dash",
-                             "concat",
-                             "concatf",
-                             "sdp",
-                             "rtsp",
-                             "rtp",
-                             "sap",
-                             "image2",
-                             "image2pipe",
-                             "lavfi",
-                             "tty",
-                             "libgme",
-                             "libopenmpt",
-                             "libmodplug",
-                             "sbg",
-                             "webm_dash_manifest",
-                             "imf",
-                             "ffmetadata",
-                             "vobsub",
-                             "mlv"})
-        EXPECT_EQ(av_match_list(name, vxlsync::allowedContainers(), ','), 0) << name;
-    for (const char* name : {"wavesynth", "ffwavesynth", "h264", "png", "ass"})
-        EXPECT_EQ(av_match_list(name, vxlsync::allowedCodecs(), ','), 0) << name;
-}
-
-TEST(MediaLists, HoldWhatRecordersWrite)
-{
-    for (const char* name :
-         {"wav", "mp3", "mov,mp4,m4a,3gp,3g2,mj2", "matroska,webm", "wv", "mpegts"})
-        EXPECT_GT(av_match_list(name, vxlsync::allowedContainers(), ','), 0) << name;
-    for (const char* name : {"pcm_s16le", "aac", "mp3float", "opus"})
-        EXPECT_GT(av_match_list(name, vxlsync::allowedCodecs(), ','), 0) << name;
 }
 
 } // namespace

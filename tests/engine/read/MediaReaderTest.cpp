@@ -230,6 +230,22 @@ TEST_F(MediaReader, TakesTheLeftChannelTheMixOrAnyOther)
     EXPECT_EQ(readFile(path, options).failure, "no channel 3 among 2");
 }
 
+// By its rate of none the sound would last for ever.
+TEST_F(MediaReader, TakesNoLengthFromASecondFormat)
+{
+    wave::Format none;
+    none.sampleRate = 0;
+    wave::Bytes bytes = wave::riffStart();
+    wave::append(bytes, wave::formatChunk(wave::Format()));
+    wave::append(bytes, wave::formatChunk(none));
+    wave::append(bytes, wave::chunk("data", wave::samples16(std::vector<int>(8000, 100))));
+
+    const Recording recording = readFile(folder.write("a.wav", bytes));
+
+    EXPECT_EQ(recording.durationSeconds, 1.0);
+    EXPECT_THAT(recording.notes, IsEmpty());
+}
+
 TEST_F(MediaReader, KeepsWhatTheAnalysisLeavesOutForTheRefinement)
 {
     const Recording recording = readFile(folder.write("a.wav", soundFile(2)));
