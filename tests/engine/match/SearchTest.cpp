@@ -163,19 +163,37 @@ TEST(Search, DoesNotCompareRecordingsOfOneDevice)
     EXPECT_EQ(searched(threeRecordings(), {}, {"A", "", "B"}).size(), 1u);
 }
 
-TEST(Search, StopsAtWhatTheLandmarksTell)
+TEST(Search, StopsAtWhatTheLandmarksTellWhereThreeSayTheSame)
 {
     const std::vector<float> event = noise(1, 200 * rate);
     std::vector<Prepared> recordings;
     recordings.push_back(preparedOf(event));
     recordings.push_back(preparedOf(part(event, 8 * rate, 190 * rate)));
+    recordings.push_back(preparedOf(part(event, 16 * rate, 180 * rate)));
+    const std::vector<vxlsync::LandmarkOffset> landmarks = {{0, 1, 8.01, 20.0}, {1, 2, 8.01, 20.0}};
 
-    const Links links = searched(recordings, {{0, 1, 8.01, 20.0}});
+    const Links links = searched(recordings, landmarks);
 
-    ASSERT_EQ(links.size(), 1u);
+    ASSERT_EQ(links.size(), 3u);
+    for (const vxlsync::Link& link : links)
+        // Nothing was correlated as a whole.
+        EXPECT_EQ(link.height, 0.0);
     EXPECT_NEAR(links[0].line.offset, 8.0, 1e-5);
-    // Nothing was correlated as a whole.
-    EXPECT_EQ(links[0].height, 0.0);
+}
+
+TEST(Search, AsksALonePairForItsOtherPlaces)
+{
+    const std::vector<float> event = noise(1, 20 * rate);
+    std::vector<float> twice = event;
+    twice.insert(twice.end(), event.begin(), event.end());
+    std::vector<Prepared> recordings;
+    recordings.push_back(preparedOf(twice));
+    recordings.push_back(preparedOf(part(event, 4 * rate, 15 * rate)));
+
+    const Links links = searched(recordings, {{0, 1, 24.0, 20.0}});
+
+    ASSERT_EQ(links.size(), 2u);
+    EXPECT_NEAR(links[0].line.offset + links[1].line.offset, 24.0 + 4.0, 1e-4);
 }
 
 TEST(Search, TellsHowFarItIs)
