@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <optional>
+#include <set>
 #include <utility>
 
 #include "match/CompleteGroups.h"
@@ -221,22 +222,21 @@ void searchBlurred(const std::vector<GroupPair>& pairs, double share, SearchStat
     look(tasks, search);
 }
 
-// Groups with sound that have not been searched against each other as they are.
+// Two groups by their members.
+using MemberLists = std::pair<std::vector<std::size_t>, std::vector<std::size_t>>;
+
+// Groups that have not been searched against each other as they are.
 std::vector<GroupPair> takeOpen(std::set<MemberLists>& searched, const SearchState& search)
 {
     const Gathering& gathering = search.gathering;
-    std::vector<std::size_t> names;
-    for (const std::size_t name : gathering.names()) {
-        if (search.recordings[name].hasSound()) names.push_back(name);
-    }
+    const std::vector<std::size_t> names = gathering.names();
     std::vector<GroupPair> open;
     for (std::size_t i = 0; i < names.size(); ++i) {
         for (std::size_t j = i + 1; j < names.size(); ++j) {
-            const std::vector<std::size_t>& first = gathering.membersOf(names[i]);
-            const std::vector<std::size_t>& second = gathering.membersOf(names[j]);
-            const bool isOfSingles = first.size() == 1 && second.size() == 1;
-            if (isOfSingles && !search.mayCompare(names[i], names[j])) continue;
-            if (searched.insert({first, second}).second) open.push_back({names[i], names[j]});
+            const GroupPair pair{names[i], names[j]};
+            if (!maySearchBetween(pair, search)) continue;
+            const MemberLists members{gathering.membersOf(names[i]), gathering.membersOf(names[j])};
+            if (searched.insert(members).second) open.push_back(pair);
         }
     }
     return open;
@@ -244,22 +244,36 @@ std::vector<GroupPair> takeOpen(std::set<MemberLists>& searched, const SearchSta
 
 } // namespace
 
-void searchBetweenGroups(double beginShare, double endShare, SearchState& search,
-                         std::set<MemberLists> searched)
+void searchBetweenGroups(double beginShare, double endShare, SearchState& search)
 {
+    std::set<MemberLists> searched;
     double share = beginShare;
     for (std::size_t round = 0; round < mostRounds; ++round) {
         const std::vector<GroupPair> open = takeOpen(searched, search);
         if (open.empty()) return;
         // A round costs much less than the one before, and whether there is one is not known.
         const double end = (endShare + share) / 2.0;
-        const double correlated = (share + end) / 2.0;
-        const GroupCandidates proposed = candidatesOfGroups(open, share, correlated, search);
-        lookAtCandidates(proposed.candidates, correlated, end, search);
-        if (proposed.isThorough) searchBlurred(open, end, search);
-        completeGroups(end, end, search);
+        searchBetween(open, share, end, search);
         share = end;
     }
+}
+
+void searchBetween(const std::vector<GroupPair>& pairs, double beginShare, double endShare,
+                   SearchState& search)
+{
+    const double correlated = (beginShare + endShare) / 2.0;
+    const GroupCandidates proposed = candidatesOfGroups(pairs, beginShare, correlated, search);
+    lookAtCandidates(proposed.candidates, correlated, endShare, search);
+    if (proposed.isThorough) searchBlurred(pairs, endShare, search);
+    completeGroups(endShare, endShare, search);
+}
+
+bool maySearchBetween(const GroupPair& pair, const SearchState& search)
+{
+    const bool areSingle =
+        search.gathering.isSingle(pair.first) && search.gathering.isSingle(pair.second);
+    return search.recordings[pair.first].hasSound() && search.recordings[pair.second].hasSound() &&
+           (!areSingle || search.mayCompare(pair.first, pair.second));
 }
 
 } // namespace vxlsync

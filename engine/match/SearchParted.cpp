@@ -34,15 +34,21 @@ LinkBook bookOf(const Links& links)
     return book;
 }
 
+Links unjudged(Links links)
+{
+    for (Link& link : links) {
+        link.verdict = Verdict::weak;
+        link.isDeviceClash = false;
+    }
+    return links;
+}
+
 // By recording: the name of the group in which all ties hold together, those too that were not
 // believed.
 std::vector<std::size_t> gatheredBefore(const Links& links, Gathering gathering,
                                         std::size_t recordings)
 {
-    Links unjudged = links;
-    for (Link& link : unjudged)
-        link.verdict = Verdict::weak;
-    gather(bookOf(unjudged), gathering);
+    gather(bookOf(unjudged(links)), gathering);
     std::vector<std::size_t> names;
     for (std::size_t i = 0; i < recordings; ++i)
         names.push_back(gathering.groupOf(i));
@@ -63,27 +69,27 @@ void layByUsedLinks(const Links& links, const std::vector<std::size_t>& groups,
         gathering.join(link->first, link->second, link->line);
 }
 
-// Pairs of groups no members of which were in one group before.
-std::set<MemberLists> searchedBefore(const std::vector<std::size_t>& before,
-                                     const Gathering& gathering)
+// Pairs of groups some members of which were in one group before.
+std::vector<GroupPair> partedPairs(const std::vector<std::size_t>& before,
+                                   const SearchState& search)
 {
-    const std::vector<std::size_t> names = gathering.names();
+    const std::vector<std::size_t> names = search.gathering.names();
     std::vector<std::set<std::size_t>> namesBefore(names.size());
     for (std::size_t i = 0; i < names.size(); ++i) {
-        for (const std::size_t member : gathering.membersOf(names[i]))
+        for (const std::size_t member : search.gathering.membersOf(names[i]))
             namesBefore[i].insert(before[member]);
     }
-    std::set<MemberLists> searched;
+    std::vector<GroupPair> pairs;
     for (std::size_t i = 0; i < names.size(); ++i) {
         for (std::size_t j = i + 1; j < names.size(); ++j) {
             const bool wereOne =
                 std::any_of(namesBefore[i].begin(), namesBefore[i].end(),
                             [&](std::size_t name) { return namesBefore[j].count(name) > 0; });
-            if (!wereOne)
-                searched.insert({gathering.membersOf(names[i]), gathering.membersOf(names[j])});
+            const GroupPair pair{names[i], names[j]};
+            if (wereOne && maySearchBetween(pair, search)) pairs.push_back(pair);
         }
     }
-    return searched;
+    return pairs;
 }
 
 } // namespace
@@ -97,14 +103,11 @@ Links searchParted(const std::vector<Prepared>& recordings, const std::vector<st
         gatheredBefore(parted.links, search.gathering, recordings.size());
     layByUsedLinks(parted.links, groupsByRecording(parted, recordings.size()), search.gathering);
     search.book = bookOf(parted.links);
-    searchBetweenGroups(beginShare, endShare, search, searchedBefore(before, search.gathering));
+    const std::vector<GroupPair> pairs = partedPairs(before, search);
+    if (pairs.empty()) return unjudged(parted.links);
+    searchBetween(pairs, beginShare, endShare, search);
     lookForRivals(endShare, endShare, search);
-    Links links = linksIn(search.book);
-    for (Link& link : links) {
-        link.verdict = Verdict::weak;
-        link.isDeviceClash = false;
-    }
-    return links;
+    return unjudged(linksIn(search.book));
 }
 
 } // namespace vxlsync
