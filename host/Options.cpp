@@ -142,9 +142,9 @@ void addKnowledgeOptions(CLI::App& app, Options& options, OptionTexts& texts)
     app.add_option("--reference", options.reference,
                    "Recording whose clock the drifts refer to; by\ndefault the one best tied")
         ->option_text("FILE");
-    app.add_option(
-           "--fix", texts.fixed,
-           "A start that is known, in seconds on a clock of\nyour own, within 100 days of 0")
+    app.add_option("--fix", texts.fixed,
+                   "A start that is known, in seconds on a clock of\nyour own, within 100 days of "
+                   "0. Its group is told\non that clock, and where its sound disagrees")
         ->option_text("FILE=SECONDS")
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "decide/Disagreements.h"
 #include "decide/Solve.h"
 
 namespace vxlsync
@@ -108,15 +109,18 @@ std::size_t clockOf(const Links& links, const std::vector<std::size_t>& origins,
                                     evidence.begin());
 }
 
-// Counts from the earliest.
-std::vector<Placement> shifted(std::vector<Placement> placements)
+// What to add so that starts count as a PlacedGroup has them.
+double shiftOf(const std::vector<Placement>& placements, const std::vector<std::size_t>& places,
+               const std::vector<std::pair<std::size_t, double>>& known)
 {
+    for (const auto& [recording, start] : known) {
+        if (places[recording] < placements.size())
+            return start - placements[places[recording]].start;
+    }
     double earliest = placements.front().start;
     for (const Placement& placement : placements)
         earliest = std::min(earliest, placement.start);
-    for (Placement& placement : placements)
-        placement.start -= earliest;
-    return placements;
+    return -earliest;
 }
 
 PlacedGroup placeGroup(const std::vector<std::size_t>& members, Links& links,
@@ -137,7 +141,10 @@ PlacedGroup placeGroup(const std::vector<std::size_t>& members, Links& links,
     group.members = members;
     for (const std::size_t member : members)
         group.certainties.push_back(certainties[member]);
-    group.placements = shifted(std::move(solution.placements));
+    group.placements = std::move(solution.placements);
+    const double shift = shiftOf(group.placements, places, constraints.known);
+    for (Placement& placement : group.placements)
+        placement.start += shift;
     group.reference = members[clock];
     return group;
 }
@@ -154,6 +161,7 @@ Decision placeGroups(Assembly assembly, const Constraints& constraints, const In
     }
     decision.doubtful = std::move(assembly.doubtful);
     decision.links = std::move(assembly.links);
+    decision.disagreements = disagreementsOf(decision.links, decision.groups, constraints);
     return decision;
 }
 

@@ -86,20 +86,6 @@ double greatestRival(double coherence)
                                                      : greatestRivalByCoherence.at(coherence);
 }
 
-// Requires a link whose doubt is known.
-Verdict verdictOf(const Link& link)
-{
-    const Alignment& line = link.line;
-    if (isPartial(link) || link.relative < leastRelative ||
-        line.significance < neededSignificanceBySeconds.at(line.overlap()))
-        return Verdict::weak;
-    if (link.doubt != Doubt::none) return Verdict::ambiguous;
-    const bool isDistinct = link.relative < bestOfAllRelative
-                                ? distinctionOf(link) >= leastDistinction
-                                : link.rival <= greatestRival(line.coherence);
-    return isDistinct ? Verdict::accepted : Verdict::ambiguous;
-}
-
 // Of each pair the best link that is not weak, by pair. Borrowed.
 using BestLinks = std::vector<const Link*>;
 
@@ -188,7 +174,7 @@ Links judgeLinks(Links links, const std::vector<double>& best)
             link->relative = link->line.coherence / std::min(best[link->first], best[link->second]);
             link->rival = rivalOf(link, begin, end);
             link->doubt = doubtOf(*link);
-            link->verdict = verdictOf(*link);
+            link->verdict = verdictByItself(*link);
         }
         begin = end;
     }
@@ -202,6 +188,19 @@ Links judgeLinks(Links links, const std::vector<double>& best)
         link.verdict = Verdict::accepted;
     }
     return links;
+}
+
+Verdict verdictByItself(const Link& link)
+{
+    const Alignment& line = link.line;
+    if (isPartial(link) || link.relative < leastRelative ||
+        line.significance < neededSignificanceBySeconds.at(line.overlap()))
+        return Verdict::weak;
+    if (link.doubt != Doubt::none) return Verdict::ambiguous;
+    const bool isDistinct = link.relative < bestOfAllRelative
+                                ? distinctionOf(link) >= leastDistinction
+                                : link.rival <= greatestRival(line.coherence);
+    return isDistinct ? Verdict::accepted : Verdict::ambiguous;
 }
 
 bool mayBeRepeat(const Alignment& line)

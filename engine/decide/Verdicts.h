@@ -24,6 +24,9 @@ std::vector<double> bestCoherences(const Links& links, std::size_t recordings);
 // ambiguous. Requires links as sayingLinks leaves them and their bestCoherences.
 Links judgeLinks(Links links, const std::vector<double>& best);
 
+// What the link is worth by itself, whatever others say. Requires a link that was judged.
+Verdict verdictByItself(const Link& link);
+
 // True if the two are alike only at times though both have sound all the time: the same song
 // elsewhere. That speaks against a link, however strong it is. Requires a link that was judged.
 bool isPartial(const Link& link);

@@ -33,7 +33,8 @@ struct Certainty {
 struct PlacedGroup {
     // Indices of recordings, in order.
     std::vector<std::size_t> members;
-    // By member. Drifts are against the reference's clock; the earliest start is 0.
+    // By member. Drifts are against the reference's clock. Starts count from the earliest, or on the
+    // clock of the known starts if any of the members has one.
     std::vector<Placement> placements;
     // The recording whose clock counts.
     std::size_t reference = 0;
@@ -57,12 +58,23 @@ struct Doubtful {
     std::vector<DoubtfulPlace> candidates;
 };
 
+// A start that was given, and sound that says something else.
+struct Disagreement {
+    std::size_t recording = 0;
+    // Who shares that sound.
+    std::size_t with = 0;
+    // How much later than given the recording started by it, in seconds.
+    double laterSeconds = 0.0;
+};
+
 // What deciding hands to telling.
 struct Decision {
     // Of two members or more.
     std::vector<PlacedGroup> groups;
     // In order of index.
     std::vector<Doubtful> doubtful;
+    // In order of index, of each recording the clearest.
+    std::vector<Disagreement> disagreements;
     // With their verdicts.
     Links links;
 };

@@ -178,6 +178,17 @@ std::string phraseOf(const CandidatePlace& candidate, const std::vector<SourceFa
            sources[candidate.with].name;
 }
 
+// Sound is right to some hundredths of a millisecond; what the user gives is not.
+std::string noteOf(const Disagreement& disagreement, const std::vector<SourceFacts>& sources,
+                   const std::vector<std::size_t>& sourceAt)
+{
+    const long long thousandths = std::llround(std::fabs(disagreement.laterSeconds) * 1000.0);
+    const std::string fraction = std::to_string(1000 + thousandths % 1000).substr(1);
+    return "by the sound that it shares with " + sources[sourceAt[disagreement.with]].name +
+           " it started " + std::to_string(thousandths / 1000) + "." + fraction + " s " +
+           (disagreement.laterSeconds < 0.0 ? "earlier" : "later") + " than was given";
+}
+
 // The best two places, of any number.
 std::string reasonForDoubt(const std::vector<CandidatePlace>& candidates,
                            const std::vector<SourceFacts>& sources)
@@ -291,6 +302,9 @@ Result reportDecision(const ReportInput& input, const Decision& decision)
     for (const PlacedGroup& placed : decision.groups)
         result.groups.push_back(groupOf(placed, input.sourceAt));
     arrange(result.groups);
+    for (const Disagreement& disagreement : decision.disagreements)
+        result.sources[input.sourceAt[disagreement.recording]].notes.push_back(
+            noteOf(disagreement, result.sources, input.sourceAt));
     const Links links = linksWorthTelling(decision.links);
     addLinks(result, links, input.sourceAt);
     addLeftOut(result, input, links, decision.doubtful);

@@ -84,7 +84,8 @@ struct SourceFacts {
     int channel = 0;
     /// Length of what could be read.
     double durationSeconds = 0.0;
-    /// Sentences for the user on what was odd or was mended while reading.
+    /// Sentences for the user on what was odd or was mended while reading, and on what its sound
+    /// says against a start that was given.
     std::vector<std::string> notes;
 };
 
@@ -97,8 +98,9 @@ enum class Confidence {
 };
 
 /// One recording in its place. Its sound at time t, in seconds of its own, happened at
-/// offsetSeconds + t * (1 + driftPpm / 1e6), counted from the start of the earliest recording of
-/// its group on the clock of the group's reference.
+/// offsetSeconds + t * (1 + driftPpm / 1e6) on the clock of the group's reference, counted from the
+/// start of the earliest recording of its group; or, if starts of the group are known, so that the
+/// first of them is as it was given.
 struct Member {
     /// Index of the source.
     std::size_t source = 0;

@@ -27,7 +27,8 @@ struct Source {
     /// What recorded it. Recordings that name the same device are never placed at the same time,
     /// and are not compared with each other. If it is empty, what the file says counts as evidence.
     std::string device;
-    /// When it started, in seconds on a clock that all known starts share.
+    /// When it started, in seconds on a clock that all known starts share, and on which the offsets
+    /// of its group are told. It is taken as it is; where sound disagrees, a note says so.
     std::optional<double> knownStartSeconds;
 };
 

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "TestLinks.h"
+#include "decide/Verdicts.h"
 
 namespace
 {
@@ -139,19 +140,47 @@ TEST(Place, KeepsStartsThatAreKnown)
 
     const PlacedGroup group = placed(assembly, constraints);
 
-    EXPECT_NEAR(group.placements[0].start, 0.0, 1e-6);
-    EXPECT_NEAR(group.placements[1].start, 7.5, 1e-6);
+    EXPECT_NEAR(group.placements[0].start, 100.0, 1e-6);
+    EXPECT_NEAR(group.placements[1].start, 107.5, 1e-6);
     // A given start is exact, to the microsecond (times the root of 2, for two points).
     EXPECT_LT(group.placements[1].startError, 25e-6);
+}
+
+TEST(Place, CountsOnTheClockOfASingleKnownStart)
+{
+    Assembly assembly = threeTogether();
+    Constraints constraints = constraintsOf(4);
+    const PlacedGroup free = placed(assembly, constraints);
+    constraints.known = {{1, -50.0}};
+
+    const PlacedGroup group = placed(assembly, constraints);
+
+    EXPECT_NEAR(group.placements[1].start, -50.0, 1e-9);
+    EXPECT_NEAR(group.placements[0].start - group.placements[1].start,
+                free.placements[0].start - free.placements[1].start, 1e-9);
 }
 
 TEST(Place, IgnoresKnownStartsOfOtherGroups)
 {
     Assembly assembly = threeTogether();
     Constraints constraints = constraintsOf(4);
-    constraints.known = {{0, 100.0}, {3, 107.5}};
+    constraints.known = {{3, 107.5}};
 
     EXPECT_NEAR(placed(assembly, constraints).placements[0].start, 10.0, 1e-6);
+}
+
+TEST(Place, TellsWhereSoundDisagreesWithKnownStarts)
+{
+    Assembly assembly;
+    assembly.groups = {{0, 1}};
+    assembly.links = vxlsync::judgeLinks({links::linkOf(0, 1, 7.9, 0.6)}, {0.6, 0.6});
+    Constraints constraints = constraintsOf(2);
+    constraints.known = {{0, 100.0}, {1, 107.5}};
+
+    const Decision decision = placeGroups(assembly, constraints);
+
+    ASSERT_EQ(decision.disagreements.size(), 1u);
+    EXPECT_NEAR(decision.disagreements[0].laterSeconds, 0.4, 1e-3);
 }
 
 // Drift of the second against the first, by a slope of 50 millionths.

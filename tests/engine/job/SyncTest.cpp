@@ -231,7 +231,23 @@ TEST(Sync, KeepsKnownStarts)
     ASSERT_THAT(result.groups, SizeIs(1));
     ASSERT_THAT(result.groups[0].members, SizeIs(4));
     EXPECT_EQ(result.groups[0].members[3].source, 3u);
-    EXPECT_NEAR(result.groups[0].members[3].offsetSeconds, 30.0, nearSeconds);
+    EXPECT_NEAR(result.groups[0].members[3].offsetSeconds, 130.0, nearSeconds);
+    EXPECT_THAT(result.sources[3].notes, IsEmpty());
+}
+
+TEST(Sync, SaysWhereTheSoundDisagreesWithAKnownStart)
+{
+    std::vector<Source> sources = {heard("a", 1, 0.0), heard("b", 1, 5.0)};
+    sources[0].knownStartSeconds = 100.0;
+    sources[1].knownStartSeconds = 104.6;
+
+    const Result result = synchronise(sources);
+
+    EXPECT_NEAR(result.groups.at(0).members.at(1).offsetSeconds, 104.6, nearSeconds);
+    EXPECT_THAT(result.sources[0].notes, IsEmpty());
+    EXPECT_THAT(result.sources[1].notes,
+                testing::ElementsAre("by the sound that it shares with a it started 0.400 s later "
+                                     "than was given"));
 }
 
 TEST(Sync, KeepsApartWhatTheHostWantsApart)

@@ -284,6 +284,22 @@ TEST(Report, CallsNothingSilentThatCouldBeHeard)
     EXPECT_EQ(reasonOf(job), "no sound in common with any other");
 }
 
+TEST(Report, NotesWhereSoundDisagreesWithAKnownStart)
+{
+    Job job(3);
+    job.sourceAt = {2, 0, 1};
+    job.sources[1].name = "camera";
+    job.recordings[2].notes = {"ends early"};
+    job.decision.disagreements = {{2, 1, -12.0456}};
+
+    const Result result = job.reported();
+
+    EXPECT_THAT(result.sources[1].notes,
+                ElementsAre("ends early", "by the sound that it shares with camera it started "
+                                          "12.046 s earlier than was given"));
+    EXPECT_THAT(result.sources[0].notes, IsEmpty());
+}
+
 TEST(Report, SaysThatThereIsNothingToCompareWith)
 {
     EXPECT_EQ(reasonOf(Job(1)), "nothing to compare it with");
