@@ -44,7 +44,7 @@ private:
         std::size_t from = 0;
     };
 
-    // True if a clock says when either recording began.
+    // True if clocks say when both recordings began.
     bool haveStarts(std::size_t first, std::size_t second) const;
     // Seconds by which the clock differs from what is implied.
     double missOf(const ImpliedPair& pair) const;
