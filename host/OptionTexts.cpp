@@ -119,9 +119,9 @@ void readDevices(const std::vector<std::string>& texts, Options& options)
     for (const std::string& text : texts) {
         const std::size_t sign = text.find('=');
         const bool isNamed = sign != std::string::npos && sign > 0;
-        const std::vector<std::string> files =
-            isNamed ? partsOf(text.substr(sign + 1)) : std::vector<std::string>{""};
-        if (std::find(files.begin(), files.end(), "") != files.end())
+        std::vector<std::string> files;
+        if (isNamed) files = partsOf(text.substr(sign + 1));
+        if (!isNamed || std::find(files.begin(), files.end(), "") != files.end())
             throw CLI::ValidationError("--device", "NAME=FILE,..., not " + text);
         options.devices.emplace_back(text.substr(0, sign), files);
     }

@@ -73,10 +73,9 @@ bool DeviceClocks::isTwice(const std::vector<ImpliedPair>& pairs) const
     });
 }
 
-bool DeviceClocks::haveClock(std::size_t first, std::size_t second) const
+bool DeviceClocks::haveStarts(std::size_t first, std::size_t second) const
 {
-    return deviceOf[first] != 0 && deviceOf[first] == deviceOf[second] &&
-           !constraints.clockStarts.empty() && constraints.clockStarts[first] &&
+    return !constraints.clockStarts.empty() && constraints.clockStarts[first] &&
            constraints.clockStarts[second];
 }
 
@@ -98,7 +97,7 @@ DeviceClocks::voicesOf(const std::vector<ImpliedPair>& pairs) const
         voice.into = pair.first;
         voice.from = pair.second;
         voice.isTwice |= pair.line.overlap > deviceToleranceSeconds;
-        if (!haveClock(pair.first, pair.second)) continue;
+        if (!haveStarts(pair.first, pair.second)) continue;
         const double miss = missOf(pair);
         if (miss <= nearClockSeconds) ++voice.near;
         if (miss >= farClockSeconds) ++voice.far;

@@ -44,7 +44,8 @@ private:
         std::size_t from = 0;
     };
 
-    bool haveClock(std::size_t first, std::size_t second) const;
+    // True if clocks say when both recordings began.
+    bool haveStarts(std::size_t first, std::size_t second) const;
     // Seconds by which the clock differs from what is implied.
     double missOf(const ImpliedPair& pair) const;
     std::map<std::size_t, Voice> voicesOf(const std::vector<ImpliedPair>& pairs) const;

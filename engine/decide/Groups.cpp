@@ -39,10 +39,7 @@ void Groups::unite(const Join& join)
     std::sort(list.begin(), list.end());
     members.erase(join.into);
     members.erase(join.from);
-    for (const std::size_t member : list)
-        groups[member] = list.front();
-    const std::size_t lowest = list.front();
-    members[lowest] = std::move(list);
+    name(std::move(list));
 }
 
 void Groups::part(const std::vector<std::size_t>& recordings)
@@ -52,11 +49,16 @@ void Groups::part(const std::vector<std::size_t>& recordings)
     std::set_difference(group->second.begin(), group->second.end(), recordings.begin(),
                         recordings.end(), std::back_inserter(rest));
     members.erase(group);
-    for (const std::vector<std::size_t>& list : {rest, recordings}) {
-        for (const std::size_t member : list)
-            groups[member] = list.front();
-        members[list.front()] = list;
-    }
+    name(std::move(rest));
+    name(recordings);
+}
+
+void Groups::name(std::vector<std::size_t> list)
+{
+    const std::size_t lowest = list.front();
+    for (const std::size_t member : list)
+        groups[member] = lowest;
+    members[lowest] = std::move(list);
 }
 
 Join turned(const Join& join)

@@ -53,6 +53,10 @@ public:
     void part(const std::vector<std::size_t>& recordings);
 
 private:
+    // Makes the recordings a group by the name of the lowest. Requires an order, and that no group
+    // has them.
+    void name(std::vector<std::size_t> list);
+
     std::vector<Placement> places;
     std::vector<std::size_t> groups;
     // By the name of the group, which is its lowest member.

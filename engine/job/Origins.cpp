@@ -14,8 +14,11 @@ std::vector<Origin> findOrigins(const std::vector<Source>& sources,
 {
     Takes takes;
     for (std::size_t i = 0; i < sources.size(); ++i) {
-        Take take{sources[i].path, sources[i].device, recordings[i].durationSeconds,
-                  recordings[i].facts};
+        Take take;
+        take.path = sources[i].path;
+        take.device = sources[i].device;
+        take.seconds = recordings[i].durationSeconds;
+        take.facts = recordings[i].facts;
         if (options.ignoreClocks) {
             take.facts.created.reset();
             take.facts.started.reset();

@@ -21,9 +21,6 @@ namespace
 
 // So many pairs of each group are looked at before what they tell is taken into account.
 constexpr std::size_t pairsAtATime = 2;
-// What two groups have become together may find a third that neither found; that this goes on for
-// long has not been seen.
-constexpr std::size_t mostRounds = 3;
 
 // What the two would share if their groups lay as the candidate says, on the clock of the first's.
 Overlap sharedAt(const GroupCandidate& candidate, const RecordingPair& pair,
@@ -248,13 +245,14 @@ void searchBetweenGroups(double beginShare, double endShare, SearchState& search
 {
     std::set<MemberLists> searched;
     double share = beginShare;
-    for (std::size_t round = 0; round < mostRounds; ++round) {
-        const std::vector<GroupPair> open = takeOpen(searched, search);
-        if (open.empty()) return;
-        // A round costs much less than the one before, and whether there is one is not known.
+    std::vector<GroupPair> open = takeOpen(searched, search);
+    while (!open.empty()) {
+        // A round costs much less than the one before, and whether there is one is not known. What
+        // two groups have become together may find a third that neither found.
         const double end = (endShare + share) / 2.0;
         searchBetween(open, share, end, search);
         share = end;
+        open = takeOpen(searched, search);
     }
 }
 

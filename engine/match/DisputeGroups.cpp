@@ -57,9 +57,8 @@ void lookAtDisputes(double beginShare, double endShare, SearchState& search)
     for (const LandmarkOffset& landmark : disputed) {
         std::size_t& ofFirst = taken[landmark.first];
         std::size_t& ofSecond = taken[landmark.second];
-        if (std::max(ofFirst, ofSecond) >= most ||
-            !pairs.insert({landmark.first, landmark.second}).second)
-            continue;
+        if (std::max(ofFirst, ofSecond) >= most) continue;
+        if (!pairs.emplace(landmark.first, landmark.second).second) continue;
         ++ofFirst;
         ++ofSecond;
     }

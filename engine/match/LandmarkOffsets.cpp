@@ -15,6 +15,7 @@
 #include "VXFileSetProcessor.h"
 #include "VXHistogram.h"
 #include "match/LandmarkFiles.h"
+#include "match/LandmarkWatch.h"
 
 namespace vxlsync
 {
@@ -33,19 +34,6 @@ constexpr std::int64_t sameBinFrames = 2;
 constexpr double leastVariance = 0.1;
 // A pair's histogram takes about a byte for each frame of its two recordings.
 constexpr std::size_t histogramBytes = std::size_t{96} << 20U;
-
-// Ends the counting if the job is to end.
-class Watch final : public VXS::VXProgress
-{
-public:
-    explicit Watch(const Interrupt& newInterrupt) : interrupt(newInterrupt) {}
-
-    void setStage(int) override { interrupt.check(); }
-    void setFraction(float) override { interrupt.check(); }
-
-private:
-    const Interrupt& interrupt;
-};
 
 // A set that borrows its files, also where adding one of them fails.
 class BorrowingSet
@@ -146,7 +134,7 @@ void countVotes(const std::vector<VXS::VXFile*>& files, Filter isWanted, const I
     BorrowingSet set;
     for (VXS::VXFile* file : files)
         set.add(file);
-    Watch watch(interrupt);
+    LandmarkWatch watch(interrupt);
     VXS::VXFileSetProcessor processor(
         VXS::VXClusterSyncParams(VXS::VXExtractParams()).getMaxLandmarkCount());
     const VXS::VXHistogramSetHolder histograms(processor.run(set.get(), &watch));
@@ -188,12 +176,14 @@ std::vector<LandmarkOffset> offsetsByLandmarks(const std::vector<Recording>& rec
             const bool takesFirst = j <= i + 1;
             const bool takesSecond = i + 1 == j && j + 1 == blocks.size();
             const auto isWanted = [&](std::size_t first, std::size_t second) {
-                if (blocks[i].holds(first) && blocks[i].holds(second)) return takesFirst;
-                if (blocks[j].holds(first) && blocks[j].holds(second)) return takesSecond;
+                // The first stands before the second, so that one of the two tells.
+                if (blocks[i].holds(second)) return takesFirst;
+                if (blocks[j].holds(first)) return takesSecond;
                 return true;
             };
-            countVotes(j == i ? ofFirst : filesOf(files, blocks[j], ofFirst), isWanted,
-                       run.interrupt, offsets);
+            std::vector<VXS::VXFile*> counted = ofFirst;
+            if (j > i) counted = filesOf(files, blocks[j], std::move(counted));
+            countVotes(counted, isWanted, run.interrupt, offsets);
             run.meter.step();
         }
     }

@@ -11,25 +11,13 @@
 #include <vxl_audio/VXFileSet.h>
 
 #include "match/LandmarkFiles.h"
+#include "match/LandmarkWatch.h"
 
 namespace vxlsync
 {
 
 namespace
 {
-
-// Ends the grouping if the job is to end.
-class Watch final : public VXS::VXProgress
-{
-public:
-    explicit Watch(const Interrupt& newInterrupt) : interrupt(newInterrupt) {}
-
-    void setStage(int) override { interrupt.check(); }
-    void setFraction(float) override { interrupt.check(); }
-
-private:
-    const Interrupt& interrupt;
-};
 
 // A result is freed level by level.
 struct DeleteResult {
@@ -87,7 +75,7 @@ std::vector<LandmarkGroup> groupByLandmarks(const std::vector<Recording>& record
         if (file) giveTo(set, std::move(file));
     }
     VXS::VXClusterSync sync{VXS::VXClusterSyncParams(VXS::VXExtractParams())};
-    Watch watch(run.interrupt);
+    LandmarkWatch watch(run.interrupt);
     // Null would be the answer to no set only.
     const std::unique_ptr<VXS::VXClusterResult, DeleteResult> result(sync.run(&set, &watch));
     run.meter.step();

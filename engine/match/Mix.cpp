@@ -43,14 +43,14 @@ void lay(const Prepared& recording, const Clock& clock, double sheetStart, Sheet
     const double loudness = meanSquareOf(recording);
     if (loudness <= 0.0) return;
     const auto gain = static_cast<float>(1.0 / std::sqrt(loudness));
+    const auto end = static_cast<std::int64_t>(sheet.samples.size());
     std::array<float, stretch> part;
     for (std::size_t at = 0; at < recording.samples.size(); at += stretch) {
         interrupt.check();
         const std::size_t count = std::min(stretch, recording.samples.size() - at);
         const double seconds = clock.at(static_cast<double>(at) / recording.rate) - sheetStart;
-        const auto place = static_cast<std::size_t>(
-            std::max<std::int64_t>(0, std::llround(seconds * recording.rate)));
-        if (place >= sheet.samples.size()) break;
+        const std::int64_t exact = std::llround(seconds * recording.rate);
+        const auto place = static_cast<std::size_t>(std::clamp<std::int64_t>(exact, 0, end));
         const std::size_t fitting = std::min(count, sheet.samples.size() - place);
         recording.samples.copy(at, count, part.data());
         for (std::size_t i = 0; i < fitting; ++i)
@@ -114,7 +114,7 @@ Mix mixOf(const std::vector<Prepared>& recordings, const Gathering& gathering, s
 
 Prepared coarse(const Prepared& sound, const Interrupt& interrupt)
 {
-    static const std::array<float, 2 * halfTaps + 1> taps = lowPassTaps();
+    const std::array<float, 2 * halfTaps + 1> taps = lowPassTaps();
     const std::size_t count = sound.samples.size();
     Prepared result;
     result.rate = sound.rate / static_cast<int>(coarseStep);

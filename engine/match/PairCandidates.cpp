@@ -158,7 +158,8 @@ void searchGroup(const std::vector<Prepared>& recordings, const LengthGroup& gro
 {
     const std::size_t count = group.pieces.size();
     const Fit fit = fitOf(group, recordings[group.pieces.front().recording].rate, run);
-    GroupWork work{recordings, group, {}, std::vector<Phases>(count)};
+    GroupWork work{recordings, group, {}, {}};
+    work.phases.resize(count);
     for (std::size_t i = 0; i < fit.workers; ++i)
         work.spaces.push_back(std::make_unique<CorrelationSpace>(group.length, run.interrupt));
     for (std::size_t a = 0; a < count; a += fit.tile) {

@@ -201,8 +201,8 @@ TEST(VxlSync, TakesStartsThatAreKnown)
                                       "talk-early=1.5", events.stranger, events.talkEarly});
 
     const auto offsets = offsetsOf(json::parse(run.out).at("groups").at(0));
-    EXPECT_NEAR(offsets.at(events.talkEarly), 0.0, 1e-6);
-    EXPECT_NEAR(offsets.at(events.stranger), 1.5, 1e-6);
+    EXPECT_NEAR(offsets.at(events.talkEarly), 1.5, 1e-6);
+    EXPECT_NEAR(offsets.at(events.stranger), 3.0, 1e-6);
 }
 
 TEST(VxlSync, TellsProgramsHowFarItIs)

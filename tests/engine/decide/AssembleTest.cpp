@@ -423,6 +423,19 @@ TEST(Assemble, KeepsTheLinkThatAJoinStandsOn)
     EXPECT_THAT(verdictsOf(assembly), ElementsAre(Verdict::accepted));
 }
 
+TEST(Assemble, ContradictsWhatAJoinStoodOnThatOthersUndo)
+{
+    // 1 and 2 are joined first, by 5 s of which 5 * 0.4 speak for it. Once 0 is there, more speaks
+    // against it: 10 * (0.3 * 0.4 + 0.7 * 0.6).
+    const Assembly assembly = assemble(
+        {linkOf(0, 1, 10.0, 0.6), linkOf(0, 2, -40.0, 0.6, 0.3), linkOf(1, 2, -50.0, 0.65)},
+        constraintsOf(3), nothing);
+
+    EXPECT_THAT(assembly.groups, ElementsAre(ElementsAre(0, 1), ElementsAre(2)));
+    EXPECT_THAT(verdictsOf(assembly),
+                ElementsAre(Verdict::accepted, Verdict::weak, Verdict::contradicted));
+}
+
 TEST(Assemble, CallsAmbiguousWhatHasNoMargin)
 {
     // Good enough for a pair by itself, where 0.92 * 0.92 - 0.6 of 26 s stands against 0.4 of 25.

@@ -14,6 +14,7 @@ using links::linkOf;
 using links::Scene;
 using testing::ElementsAre;
 using vxlsync::Constraints;
+using vxlsync::Link;
 using vxlsync::Standing;
 
 TEST(Improve, MovesARecordingToThePlaceForWhichMoreSpeaks)
@@ -122,6 +123,52 @@ TEST(Improve, KeepsToWhatTheUserAndTheDevicesAllow)
     EXPECT_DOUBLE_EQ(scene.startOf(2), 70.0);
 }
 
+// Two recordings that hear little of each other at this place.
+Link unlikeLinkOf(std::size_t first, std::size_t second, double offset)
+{
+    return linkOf(first, second, offset, 0.6, 0.1);
+}
+
+// Pairs of a recording and one that stands 15 s before it, of which the latter belongs to that of
+// the next pair. Nothing speaks for that while the next is with its own partner.
+vxlsync::Links chainOf(std::size_t pairs)
+{
+    vxlsync::Links all;
+    for (std::size_t pair = 0; pair < pairs; ++pair) {
+        const std::size_t other = 2 * pair;
+        const std::size_t own = other + 1;
+        // 22.5 s are heard: 22.5 * 0.4 = 9.
+        all.push_back(linkOf(other, own, -15.0, 0.6));
+        // 22.5 * (0.1 * 0.4 + 0.9 * 0.6) = 13 against it.
+        all.push_back(unlikeLinkOf(other, own + 2, -15.0));
+        all.push_back(unlikeLinkOf(own, own + 1, 15.0));
+        // 30 * 0.4 = 12.
+        all.push_back(linkOf(own, own + 2, 0.0, 0.6));
+    }
+    return all;
+}
+
+TEST(Improve, EndsAfterSomeRoundsWhateverIsLeft)
+{
+    // In each round the pair before the one that moved last can move.
+    constexpr std::size_t pairs = 9;
+    constexpr std::size_t rounds = 8;
+    Scene scene(chainOf(pairs), 2 * pairs + 2);
+    for (std::size_t pair = 0; pair < pairs; ++pair)
+        scene.join(4 * pair);
+
+    improve(scene.arrangement);
+
+    const vxlsync::Groups& groups = scene.arrangement.groups();
+    for (std::size_t pair = pairs - rounds; pair < pairs; ++pair)
+        EXPECT_EQ(groups.groupOf(2 * pair + 1), groups.groupOf(2 * pairs + 1)) << pair;
+    EXPECT_EQ(groups.groupOf(1), groups.groupOf(0));
+
+    improve(scene.arrangement);
+
+    EXPECT_EQ(groups.groupOf(1), groups.groupOf(2 * pairs + 1));
+}
+
 TEST(Standing, TellsWhatSpeaksForThePlaceAndForTheBestOther)
 {
     // 25 s are heard at 10 s and 21 s at 18 s, where 0.5 of 0.6 agrees.
@@ -149,6 +196,32 @@ TEST(Standing, CountsNoOtherGroupThatTheRestMayJoinToo)
     scene.join(0);
 
     EXPECT_EQ(standingOf({1}, scene.arrangement).elsewhere, 0.0);
+}
+
+// 2 lies 40 s before 0 and hears 1 for 5 s: 2 of the 10 that speak for 1 where it is.
+constexpr double farOffset = -40.0;
+
+TEST(Standing, LooksAtNoOtherGroupForWhichLittleSpeaks)
+{
+    Scene scene({linkOf(0, 1, 10.0, 0.6), linkOf(1, 2, farOffset - 10.0, 0.6)}, 3);
+    scene.join(0);
+
+    // A look would find that 0, which would share 20 s with 2, cannot come along.
+    scene.seen = different();
+
+    EXPECT_EQ(standingOf({1}, scene.arrangement).elsewhere, 0.0);
+}
+
+TEST(Standing, TakesTheLinksOfTheRestWhereItDoesNotLook)
+{
+    // The rest has a link for the place: half as coherent as both are at best, 10 s are heard.
+    Scene scene({linkOf(0, 1, 10.0, 0.6), linkOf(0, 2, farOffset, 0.3),
+                 linkOf(1, 2, farOffset - 10.0, 0.6)},
+                3);
+    scene.join(0);
+
+    // 5 * 0.4 for 1, and 10 * (0.5 - 0.6) for 0: what both have is no gain.
+    EXPECT_NEAR(standingOf({1}, scene.arrangement).elsewhere, 2.0 - (2.0 - 1.0), 1e-9);
 }
 
 TEST(Standing, CountsAnotherGroupThatTheRestCannotJoin)

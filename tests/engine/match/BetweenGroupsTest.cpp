@@ -1,6 +1,8 @@
 #include "match/BetweenGroups.h"
 
+#include <algorithm>
 #include <cmath>
+#include <set>
 
 #include <gmock/gmock.h>
 
@@ -117,6 +119,52 @@ TEST(BetweenGroups, AsksNoMembersOfOneDevice)
 
     EXPECT_EQ(search.state.linksOf({1, 2}).size(), 1u);
     EXPECT_EQ(search.state.book.count({0, 2}), 0u);
+}
+
+TEST(BetweenGroups, AsksNobodyWhoMayNotBeComparedOrIsTooShort)
+{
+    // The groups are alike, by 0 and 2 of one device; what 1 hears is less than is asked for.
+    const std::vector<float> event = noise(1, 30 * rate);
+    std::vector<Prepared> recordings;
+    recordings.push_back(recorderOf(event, 0, 20, 2));
+    recordings.push_back(recorderOf(event, 5, 1, 3));
+    recordings.push_back(recorderOf(event, 0, 10, 4));
+    SearchUnderTest search(std::move(recordings));
+    search.devices = {"camera", "", "camera"};
+    search.state.gathering.join(0, 1, lineOf(5.0));
+    ASSERT_FALSE(vxlsync::candidatesOfGroups({{0, 2}}, 0.0, 1.0, search.state).candidates.empty());
+
+    vxlsync::searchBetweenGroups(0.0, 1.0, search.state);
+
+    EXPECT_EQ(search.state.book.count({0, 2}), 0u);
+    EXPECT_EQ(search.state.book.count({1, 2}), 0u);
+}
+
+// How many pairs are asked by excerpts of so many recordings, which are long enough for their
+// clocks to hide what they share. Without their energy they are silence to the correlation, so that
+// it proposes none. Of a low rate, which costs little.
+std::size_t pairsAskedByExcerpts(std::uint32_t count)
+{
+    constexpr int lowRate = 1000;
+    const vxlsync::Interrupt never;
+    std::vector<Prepared> recordings;
+    for (std::uint32_t seed = 1; seed <= count; ++seed) {
+        recordings.push_back(
+            vxlsync::prepare(signals::stored(noise(seed, 101 * lowRate)), lowRate, never));
+        std::fill(recordings.back().energy.begin(), recordings.back().energy.end(), 0.0f);
+    }
+    SearchUnderTest search(std::move(recordings));
+
+    vxlsync::searchBetweenGroups(0.0, 1.0, search.state);
+
+    return search.state.book.size();
+}
+
+TEST(BetweenGroups, AsksByExcerptsWhereThereIsLittleToSearch)
+{
+    // 3 pairs of 202 s, and 55, which are more than 10000 s.
+    EXPECT_EQ(pairsAskedByExcerpts(3), 3u);
+    EXPECT_EQ(pairsAskedByExcerpts(11), 0u);
 }
 
 } // namespace

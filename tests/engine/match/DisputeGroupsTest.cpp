@@ -96,7 +96,9 @@ TEST(DisputeGroups, LooksAtAFewPairsOfEachRecordingInALargeJob)
     SearchUnderTest search(std::move(recordings));
     for (std::size_t i = 1; i < count; ++i) {
         search.state.gathering.join(0, i, lineOf(0.0));
+        // A pair counts once, however many places it has.
         search.landmarks.push_back({0, i, 0.5, clear});
+        search.landmarks.push_back({0, i, 0.75, clear});
     }
 
     vxlsync::lookAtDisputes(0.0, 1.0, search.state);

@@ -77,6 +77,21 @@ TEST(FollowLandmarks, LooksAtDoubtfulPlacesInPassing)
     EXPECT_THAT(search.state.linksOf({0, 2}), IsEmpty());
 }
 
+TEST(FollowLandmarks, LooksAtAllPlacesOfAPair)
+{
+    const std::vector<float> event = noise(1, 20 * rate);
+    std::vector<Prepared> recordings;
+    recordings.push_back(recorderOf(event, 0, 15, 2));
+    recordings.push_back(recorderOf(event, 5, 15, 3));
+    SearchUnderTest search(std::move(recordings));
+
+    search.landmarks = {{0, 1, 1.0, clear}, {0, 1, 5.01, doubtful}};
+    vxlsync::followLandmarks(1.0, search.state);
+
+    ASSERT_EQ(search.state.linksOf({0, 1}).size(), 1u);
+    EXPECT_NEAR(search.state.linksOf({0, 1})[0].line.offset, 5.0, 1e-4);
+}
+
 // Two groups that share nothing, and votes for pairs of them.
 std::size_t looksInVain(double standing)
 {

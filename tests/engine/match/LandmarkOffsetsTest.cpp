@@ -1,5 +1,8 @@
 #include "match/LandmarkOffsets.h"
 
+#include <cmath>
+#include <set>
+
 #include <gmock/gmock.h>
 
 #include "Events.h"
@@ -45,18 +48,22 @@ TEST(LandmarkOffsets, OfOneRecordingAreNone)
     EXPECT_THAT(offsetsOf(recordings), IsEmpty());
 }
 
-TEST(LandmarkOffsets, AreSeveralWhereTheSoundRepeats)
+// Of a loop of so many turns and one turn by itself.
+std::vector<LandmarkOffset> offsetsOfLoop(int turns)
 {
+    const std::vector<float> once = events::eventFrom(0);
     std::vector<float> loop;
-    for (int turn = 0; turn < 3; ++turn) {
-        const std::vector<float> once = events::eventFrom(0);
+    for (int turn = 0; turn < turns; ++turn)
         loop.insert(loop.end(), once.begin(), once.end());
-    }
     std::vector<Recording> recordings;
     recordings.push_back(recordingOf(loop));
-    recordings.push_back(recordingOf(events::eventFrom(0)));
+    recordings.push_back(recordingOf(once));
+    return offsetsOf(recordings);
+}
 
-    const std::vector<LandmarkOffset> offsets = offsetsOf(recordings);
+TEST(LandmarkOffsets, AreSeveralWhereTheSoundRepeats)
+{
+    const std::vector<LandmarkOffset> offsets = offsetsOfLoop(3);
 
     // The turns stand 625 frames of 0.032 s apart.
     std::vector<double> turns;
@@ -67,23 +74,44 @@ TEST(LandmarkOffsets, AreSeveralWhereTheSoundRepeats)
                                               testing::DoubleNear(40.0, 1e-6)}));
 }
 
-TEST(LandmarkOffsets, AreTheSameWhereVotesAreCountedInBlocks)
+TEST(LandmarkOffsets, AreTheFiveHighestOfALongLoop)
 {
-    // By their length, each is a block of its own.
-    std::vector<Recording> recordings;
-    for (int i = 0; i < 4; ++i) {
-        recordings.push_back(recordingOf(events::eventFrom(i % 2 == 0 ? 0 : 75)));
-        recordings.back().durationSeconds = 400000.0;
+    std::set<long> turns;
+    for (const LandmarkOffset& offset : offsetsOfLoop(7)) {
+        EXPECT_NEAR(std::remainder(offset.offset, 20.0), 0.0, 1e-6);
+        turns.insert(std::lround(offset.offset / 20.0));
     }
-    std::vector<Recording> together;
-    for (int i = 0; i < 4; ++i)
-        together.push_back(recordingOf(events::eventFrom(i % 2 == 0 ? 0 : 75)));
 
-    const std::vector<LandmarkOffset> inBlocks = offsetsOf(recordings);
-    const std::vector<LandmarkOffset> atOnce = offsetsOf(together);
+    EXPECT_EQ(turns.size(), 5u);
+}
+
+// Of recordings of one event that begin at two places in turn.
+std::vector<LandmarkOffset> offsetsOfMany(std::size_t count, double statedSeconds)
+{
+    std::vector<Recording> recordings;
+    for (std::size_t i = 0; i < count; ++i) {
+        recordings.push_back(recordingOf(events::eventFrom(i % 2 == 0 ? 0 : 75)));
+        recordings.back().durationSeconds = statedSeconds;
+    }
+    return offsetsOf(recordings);
+}
+
+// Stated lengths, in seconds, by which each recording is counted as a block of its own, and by
+// which two are: a block takes 4 bytes for each frame of all its recordings, times their number,
+// and may take 96 MB.
+class LandmarkOffsetsOfBlocks : public testing::TestWithParam<double>
+{
+};
+
+TEST_P(LandmarkOffsetsOfBlocks, AreTheSameAsCountedAtOnce)
+{
+    // Three blocks of two, or six.
+    const std::vector<LandmarkOffset> inBlocks = offsetsOfMany(6, GetParam());
+    const std::vector<LandmarkOffset> atOnce = offsetsOfMany(6, 20.0);
 
     ASSERT_EQ(inBlocks.size(), atOnce.size());
-    ASSERT_FALSE(atOnce.empty());
+    // Each pair has one at least.
+    ASSERT_GE(atOnce.size(), 15u);
     for (std::size_t i = 0; i < atOnce.size(); ++i) {
         EXPECT_EQ(inBlocks[i].first, atOnce[i].first);
         EXPECT_EQ(inBlocks[i].second, atOnce[i].second);
@@ -91,6 +119,9 @@ TEST(LandmarkOffsets, AreTheSameWhereVotesAreCountedInBlocks)
         EXPECT_EQ(inBlocks[i].standing, atOnce[i].standing);
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(OfTwoLengths, LandmarkOffsetsOfBlocks,
+                         testing::Values(400000.0, 150000.0));
 
 TEST(LandmarkOffsets, CanBeEndedWhileVotesAreCounted)
 {

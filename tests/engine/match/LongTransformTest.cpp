@@ -69,6 +69,24 @@ TEST_P(LongTransformOfLength, InvertsItselfTimesTheLength)
         ASSERT_NEAR(back[i] / static_cast<float>(samples.size()), samples[i], 5e-7f) << i;
 }
 
+TEST_P(LongTransformOfLength, GivesTheSameAgain)
+{
+    const std::vector<float> samples = signals::noise(7, GetParam());
+    LongTransform transform(samples.size(), nullptr);
+    Spectrum once(samples.size() / 2 + 1);
+    Spectrum again(once.size());
+    std::vector<float> back(samples.size());
+    std::vector<float> backAgain(samples.size());
+
+    transform.forward(samples.data(), once.data());
+    transform.inverse(once.data(), back.data());
+    transform.forward(samples.data(), again.data());
+    transform.inverse(again.data(), backAgain.data());
+
+    EXPECT_EQ(once, again);
+    EXPECT_EQ(back, backAgain);
+}
+
 INSTANTIATE_TEST_SUITE_P(OfAllShapes, LongTransformOfLength,
                          testing::Values(128u, 256u, 512u, 2048u, 4096u, 8192u));
 

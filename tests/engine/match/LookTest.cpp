@@ -99,6 +99,33 @@ TEST_F(Look, KeepsTheBetterOfTwoLinesThatAreOne)
     EXPECT_EQ(worse[0].line.coherence, 0.99);
 }
 
+TEST_F(Look, KeepsWhatAJumpHasJoined)
+{
+    Links known = looked(proposalAt(8.0, 12.0));
+    known[0].line.coherence = 0.1;
+    known[0].jumps.push_back({10.0, 0.4});
+
+    const Links links = looked(proposalAt(8.03, 15.0), known);
+
+    ASSERT_EQ(links.size(), 1u);
+    EXPECT_EQ(links[0].line.coherence, 0.1);
+    EXPECT_EQ(links[0].height, 15.0);
+}
+
+TEST_F(Look, AtTheEndLeavesWhatAJumpHasJoinedAlone)
+{
+    Links links = looked(proposalAt(8.0, 12.0));
+    // As many windows as a first look may have, so that another link would be measured.
+    links[0].line.windows.resize(12);
+    links[0].line.offset = 8.005;
+    links[0].jumps.push_back({10.0, 0.4});
+
+    const Links close = vxlsync::lookClosely(pair, links, never, work);
+
+    ASSERT_EQ(close.size(), 1u);
+    EXPECT_EQ(close[0].line.offset, 8.005);
+}
+
 TEST_F(Look, AtTheEndDropsWhatIsNoEvidence)
 {
     Links links = looked(proposalAt(8.0, 12.0));

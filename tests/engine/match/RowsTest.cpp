@@ -106,6 +106,31 @@ TEST(Rows, CountTheBinsOfEachBand)
     EXPECT_NEAR(rows.noise, 0.01253, 0.0001);
 }
 
+TEST(Rows, GiveUpAFifthOfAWindowForASmallTransformAndNoMore)
+{
+    // 1000 samples in a transform of 1024, of which the margins take 224 and 226. With 798 left it
+    // is one of 2048.
+    const Prepared first = preparedOf(noise(1, 4 * rate));
+    Windows windows = threeWindows();
+    windows.seconds = 0.125;
+    const vxlsync::Interrupt never;
+    vxlsync::AlignWorkspace work;
+    const auto squaresWith = [&](std::int64_t reach) {
+        const Rows rows = vxlsync::correlateWindows(first, first, windows, {2.0, 0.0, 0.0, 1.0},
+                                                    {reach, 2500.0, false}, never, work);
+        EXPECT_EQ(greatestOf(rows, 1), static_cast<std::size_t>(reach));
+        double squares = 0.0;
+        for (const vxlsync::BandAgreement& band : rows.bands)
+            squares += band.squares;
+        return squares;
+    };
+
+    // Weights of 2.25 squared in sum. The bins from 100 Hz to below 2500 Hz: 13 to 319 of 1024, and
+    // 26 to 639 of 2048.
+    EXPECT_DOUBLE_EQ(squaresWith(111), 2.25 * 307.0);
+    EXPECT_DOUBLE_EQ(squaresWith(112), 2.25 * 614.0);
+}
+
 TEST(Rows, LeaveTheBinAtTheTopOfTheLastBandOut)
 {
     // Of 8192 samples 2500 Hz is bin 2560, the first of a band that is none.

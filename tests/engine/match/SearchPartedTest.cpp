@@ -51,6 +51,16 @@ std::vector<std::pair<std::size_t, std::size_t>> pairsOf(const Links& links)
     return pairs;
 }
 
+// Of the pair's last link; no number if it has none.
+double offsetOf(const Links& links, std::size_t first, std::size_t second)
+{
+    double offset = std::nan("");
+    for (const Link& link : links) {
+        if (link.first == first && link.second == second) offset = link.line.offset;
+    }
+    return offset;
+}
+
 // 0 and 1 start 10 s apart, and 2 starts 5 s later. A wrong tie held 2 to 0 where it shares nothing
 // with 1, so that nobody asked the two.
 std::vector<Prepared> threeOfOneEvent()
@@ -74,6 +84,37 @@ TEST(SearchParted, FindsWhereWhatWasTiedWronglyBelongs)
     ASSERT_THAT(pairsOf(links),
                 ElementsAre(std::pair(0u, 1u), std::pair(0u, 2u), std::pair(1u, 2u)));
     EXPECT_NEAR(links[2].line.offset, 5.0, 1e-4);
+}
+
+TEST(SearchParted, LaysNothingByALinkBetweenTwoGroups)
+{
+    const Parted parted{{{0}, {1}, {2}}, {tieOf(1, 2, -3.0, Verdict::accepted)}};
+
+    const Links links = searchedAgain(threeOfOneEvent(), parted);
+
+    EXPECT_NEAR(offsetOf(links, 1, 2), 5.0, 1e-4);
+}
+
+TEST(SearchParted, LaysGroupsByTheirClearestLinks)
+{
+    // 3 hears the end of 2 only. Where the less clear link has 2, at 12 s, 3 would seem to share
+    // more with 1.
+    const std::vector<float> event = noise(1, 50 * rate);
+    std::vector<Prepared> recordings;
+    recordings.push_back(recorderOf(event, 0, 15, 2));
+    recordings.push_back(recorderOf(event, 10, 20, 3));
+    recordings.push_back(recorderOf(event, 25, 15, 4));
+    recordings.push_back(recorderOf(event, 32, 15, 5));
+    Link lessClear = tieOf(0, 2, 12.0, Verdict::accepted);
+    lessClear.line.significance = 50.0;
+    const Parted parted{{{0, 1, 2}, {3}},
+                        {tieOf(0, 1, 10.0, Verdict::accepted), lessClear,
+                         tieOf(0, 3, -18.0, Verdict::contradicted),
+                         tieOf(1, 2, 15.0, Verdict::accepted)}};
+
+    const Links links = searchedAgain(recordings, parted);
+
+    EXPECT_NEAR(offsetOf(links, 2, 3), 7.0, 1e-4);
 }
 
 TEST(SearchParted, AsksNothingOfGroupsThatWereNeverOne)
