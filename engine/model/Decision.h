@@ -33,8 +33,8 @@ struct Certainty {
 struct PlacedGroup {
     // Indices of recordings, in order.
     std::vector<std::size_t> members;
-    // By member. Drifts are against the reference's clock. Starts count from the earliest, or on the
-    // clock of the known starts if any of the members has one.
+    // By member. Drifts are against the reference's clock. Starts count from the earliest, or on
+    // the clock of the known starts if any of the members has one.
     std::vector<Placement> placements;
     // The recording whose clock counts.
     std::size_t reference = 0;
