@@ -140,7 +140,8 @@ void addReadingOptions(CLI::App& app, Options& options, OptionTexts& texts)
 void addKnowledgeOptions(CLI::App& app, Options& options, OptionTexts& texts)
 {
     app.add_option("--reference", options.reference,
-                   "Recording whose clock the drifts refer to; by\ndefault the one best tied")
+                   "Recording whose clock the drifts refer to; by\ndefault one whose start is "
+                   "known, or the one best\ntied")
         ->option_text("FILE");
     app.add_option("--fix", texts.fixed,
                    "A start that is known, in seconds on a clock of\nyour own, within 100 days of "

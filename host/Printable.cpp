@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 
 #include <fmt/format.h>
@@ -134,6 +135,29 @@ std::size_t columnsOf(const std::string& shown)
         at += character.bytes;
     }
     return columns;
+}
+
+std::string shellWord(const std::string& path)
+{
+    // What begins with a hyphen would be an option.
+    const std::string word = path.rfind('-', 0) == 0 ? "./" + path : path;
+    const auto isPlain = [](char letter) {
+        return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
+               (letter >= '0' && letter <= '9') || std::strchr("_-./+,:@%=", letter) != nullptr;
+    };
+    if (std::all_of(word.begin(), word.end(), isPlain)) return word;
+    const bool isPrintable = printable(word) == word;
+    std::string quoted = isPrintable ? "'" : "$'";
+    for (const char letter : word) {
+        const auto byte = static_cast<unsigned char>(letter);
+        if (isPrintable)
+            quoted += letter == '\'' ? "'\\''" : std::string(1, letter);
+        else if (byte >= 0x20 && byte < 0x7F && letter != '\'' && letter != '\\')
+            quoted += letter;
+        else
+            quoted += fmt::format("\\x{:02x}", byte);
+    }
+    return quoted + "'";
 }
 
 } // namespace vxlsync::host

@@ -71,12 +71,29 @@ void writeGroup(const Group& group, const Result& result, std::ostream& out)
     }
 }
 
+// Where the source stands in its group; where one begins if it is in none.
+double offsetOf(std::size_t source, const Result& result)
+{
+    for (const Group& group : result.groups) {
+        for (const Member& member : group.members) {
+            if (member.source == source) return member.offsetSeconds;
+        }
+    }
+    return 0.0;
+}
+
+// Each with the words that take it: both starts, since one alone is but a clock.
 void writeCandidates(const LeftOut& alone, const Result& result, std::ostream& out)
 {
     for (const CandidatePlace& candidate : alone.candidates) {
+        const double other = offsetOf(candidate.with, result);
         out << fmt::format("      {:12.4f} s after ", candidate.offsetSeconds)
             << printable(result.sources[candidate.with].name)
-            << fmt::format(", by {:.1f} s of evidence\n", candidate.evidenceSeconds);
+            << fmt::format(", by {:.1f} s of evidence\n", candidate.evidenceSeconds)
+            << fmt::format("                     --fix {}={:.6f} --fix {}={:.6f}\n",
+                           shellWord(result.sources[candidate.with].path), other,
+                           shellWord(result.sources[alone.source].path),
+                           other + candidate.offsetSeconds);
     }
 }
 

@@ -86,19 +86,26 @@ void addKnown(std::vector<Measurement>& measurements,
         measurement.first = places[anchor->first];
         measurement.second = places[start.first];
         measurement.offset = start.second - anchor->second;
+        // It holds where the second starts, however its clock runs from there on.
+        measurement.middle = measurement.offset;
         measurement.offsetError = givenErrorSeconds;
         measurement.slopeError = unknownSlopeError;
         measurements.push_back(measurement);
     }
 }
 
-// The member whose clock counts: the one asked for, or else the one that most of the evidence hangs
-// on.
+// The member whose clock counts: the one asked for, or the first whose start is known, so that the
+// others' are told as they were given whatever their clocks do, or else the one that most of the
+// evidence hangs on.
 std::size_t clockOf(const Links& links, const std::vector<std::size_t>& origins,
                     const std::vector<std::size_t>& places, std::size_t count,
-                    const std::optional<std::size_t>& wanted)
+                    const Constraints& constraints)
 {
+    const auto& wanted = constraints.reference;
     if (wanted && places[*wanted] < count) return places[*wanted];
+    for (const auto& start : constraints.known) {
+        if (places[start.first] < count) return places[start.first];
+    }
     std::vector<double> evidence(count, 0.0);
     for (const std::size_t index : origins) {
         const Link& link = links[index];
@@ -130,8 +137,7 @@ PlacedGroup placeGroup(const std::vector<std::size_t>& members, Links& links,
     const std::size_t count = members.size();
     const std::vector<std::size_t> places = placesAmong(members, constraints.durations.size());
     GroupMeasurements measured = measurementsOf(links, places, count);
-    const std::size_t clock =
-        clockOf(links, measured.origins, places, count, constraints.reference);
+    const std::size_t clock = clockOf(links, measured.origins, places, count, constraints);
     addKnown(measured.measurements, constraints.known, places, count);
     Solution solution = solve(count, clock, measured.measurements, interrupt);
     for (std::size_t i = 0; i < measured.origins.size(); ++i) {

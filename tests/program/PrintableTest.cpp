@@ -96,4 +96,27 @@ TEST(Printable, CountsTheColumnsOfATerminal)
     EXPECT_EQ(columnsOf("\xF0\x9F\x8E\xB5"), 2u);
 }
 
+TEST(ShellWord, LeavesPlainPathsAsTheyAre)
+{
+    EXPECT_EQ(vxlsync::host::shellWord("day_1/GX01-0042.MP4"), "day_1/GX01-0042.MP4");
+}
+
+TEST(ShellWord, QuotesWhatAShellWouldRead)
+{
+    EXPECT_EQ(vxlsync::host::shellWord("two words.wav"), "'two words.wav'");
+    EXPECT_EQ(vxlsync::host::shellWord("$(x)*~.wav"), "'$(x)*~.wav'");
+    EXPECT_EQ(vxlsync::host::shellWord("it's.wav"), "'it'\\''s.wav'");
+    EXPECT_EQ(vxlsync::host::shellWord("B\xC3\xBChne.wav"), "'B\xC3\xBChne.wav'");
+}
+
+TEST(ShellWord, EscapesWhatCannotBePrinted)
+{
+    EXPECT_EQ(vxlsync::host::shellWord("a\n'\\\xFF.wav"), "$'a\\x0a\\x27\\x5c\\xff.wav'");
+}
+
+TEST(ShellWord, MakesNoOptionOfAPath)
+{
+    EXPECT_EQ(vxlsync::host::shellWord("-x.wav"), "./-x.wav");
+}
+
 } // namespace

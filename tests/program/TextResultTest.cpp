@@ -104,10 +104,22 @@ TEST(TextResult, TellsThePlacesOfWhatIsDoubtful)
     Result result = results::everything();
     result.alone[0].candidates = {{1, 300.0, 11.25}, {0, -4.5, 2.0}};
 
-    EXPECT_THAT(textOf(result),
-                HasSubstr("alone.ogg: silent\n"
-                          "          300.0000 s after b, by 11.2 s of evidence\n"
-                          "           -4.5000 s after first, by 2.0 s of evidence\n"));
+    EXPECT_THAT(textOf(result), HasSubstr("alone.ogg: silent\n"
+                                          "          300.0000 s after b, by 11.2 s of evidence\n"
+                                          "                     --fix 'a, \"b\".mp3'=1.250000"
+                                          " --fix alone.ogg=301.250000\n"
+                                          "           -4.5000 s after first, by 2.0 s of evidence\n"
+                                          "                     --fix dir/first.wav=0.000000"
+                                          " --fix alone.ogg=-4.500000\n"));
+}
+
+TEST(TextResult, TellsThePlacesNextToWhatIsAloneToo)
+{
+    Result result;
+    result.sources = {results::source("a", "a.wav", 20.0), results::source("b", "b.wav", 20.0)};
+    result.alone = {{0, "doubtful", {{1, 3.5, 2.0}}}, {1, "doubtful", {}}};
+
+    EXPECT_THAT(textOf(result), HasSubstr("--fix b.wav=0.000000 --fix a.wav=3.500000\n"));
 }
 
 TEST(TextResult, TellsWhatWasOddAboutARecordingThatIsAlone)

@@ -61,7 +61,8 @@ struct Options {
     std::size_t memoryBytes = 0;
     /// Pairs of sources, by index, that must not share a group.
     std::vector<std::pair<std::size_t, std::size_t>> apart;
-    /// Index of the source whose clock counts in its group; the one best tied unless set.
+    /// Index of the source whose clock counts in its group; unless set one whose start is known, or
+    /// the one best tied.
     std::optional<std::size_t> reference;
 };
 

@@ -146,6 +146,24 @@ TEST(Place, KeepsStartsThatAreKnown)
     EXPECT_LT(group.placements[1].startError, 25e-6);
 }
 
+TEST(Place, TellsKnownStartsAsTheyWereGivenWhateverTheClocksDo)
+{
+    Assembly assembly;
+    assembly.groups = {{0, 1}};
+    assembly.links = {links::linkOf(0, 1, 40.0, 0.6)};
+    assembly.links[0].verdict = Verdict::accepted;
+    assembly.links[0].line.slope = 50e-6;
+    Constraints constraints = constraintsOf(2);
+    constraints.known = {{1, 1040.0}, {0, 1000.0}};
+
+    const PlacedGroup group = placed(assembly, constraints);
+
+    EXPECT_EQ(group.reference, 1u);
+    EXPECT_NEAR(group.placements[1].start, 1040.0, 1e-9);
+    // 50 millionths of 40 s would be 2 ms.
+    EXPECT_NEAR(group.placements[0].start, 1000.0, 50e-6);
+}
+
 TEST(Place, CountsOnTheClockOfASingleKnownStart)
 {
     Assembly assembly = threeTogether();
