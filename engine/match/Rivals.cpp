@@ -65,6 +65,7 @@ std::vector<LookTask> tasksAtCandidates(const std::vector<RecordingPair>& pairs,
                                         const std::vector<GroupCandidate>& candidates)
 {
     std::vector<LookTask> tasks;
+    tasks.reserve(pairs.size());
     for (const RecordingPair& pair : pairs)
         tasks.push_back({pair, {}});
     auto task = tasks.begin();
