@@ -1,5 +1,6 @@
 #include "decide/Disagreements.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <map>
 #include <optional>
@@ -40,15 +41,37 @@ std::set<std::size_t> contradictable(const Places& places, const Constraints& co
     return others;
 }
 
-// How much later the second is by the link than where it stands; nothing if that is the same.
-std::optional<double> laterBy(const Link& link, const Places& places,
-                              const std::vector<double>& durations)
+// What the link says against a known start; nothing if it agrees, or has nothing to say of one.
+std::optional<Disagreement> disagreementOf(const Link& link, const Places& places,
+                                           const std::set<std::size_t>& fixed,
+                                           const std::vector<double>& durations)
 {
-    const ImpliedLine implied = impliedLine(places.at(link.first), durations[link.first],
-                                            places.at(link.second), durations[link.second]);
+    const auto first = places.find(link.first);
+    const auto second = places.find(link.second);
+    const bool isSecond = fixed.count(link.second) > 0;
+    if (first == places.end() || second == places.end() ||
+        (!isSecond && fixed.count(link.first) == 0) || verdictByItself(link) != Verdict::accepted)
+        return std::nullopt;
+    const ImpliedLine implied =
+        impliedLine(first->second, durations[link.first], second->second, durations[link.second]);
     if (agree(link.line, implied, durations[link.first], durations[link.second]))
         return std::nullopt;
-    return link.line.offset - implied.offset;
+    const double later = link.line.offset - implied.offset;
+    return isSecond ? Disagreement{link.second, link.first, later}
+                    : Disagreement{link.first, link.second, -later};
+}
+
+// The most significant first.
+std::vector<const Link*> bySignificance(const Links& links)
+{
+    std::vector<const Link*> order;
+    order.reserve(links.size());
+    for (const Link& link : links)
+        order.push_back(&link);
+    std::stable_sort(order.begin(), order.end(), [](const Link* left, const Link* right) {
+        return left->line.significance > right->line.significance;
+    });
+    return order;
 }
 
 } // namespace
@@ -57,34 +80,22 @@ std::vector<Disagreement> disagreementsOf(const Links& links,
                                           const std::vector<PlacedGroup>& groups,
                                           const Constraints& constraints)
 {
-    struct Contradiction {
-        double significance;
-        Disagreement disagreement;
-    };
-    // By recording.
-    std::map<std::size_t, Contradiction> clearest;
+    const std::vector<const Link*> order = bySignificance(links);
+    std::map<std::size_t, Disagreement> clearest;
     for (const PlacedGroup& group : groups) {
         const Places places = placesOf(group);
         const std::set<std::size_t> fixed = contradictable(places, constraints);
-        for (const Link& link : links) {
-            const bool isOfFixed = fixed.count(link.first) + fixed.count(link.second) > 0;
-            if (!isOfFixed || places.count(link.first) + places.count(link.second) < 2 ||
-                verdictByItself(link) != Verdict::accepted)
-                continue;
-            const std::optional<double> later = laterBy(link, places, constraints.durations);
-            if (!later) continue;
-            const bool isSecond = fixed.count(link.second) > 0;
-            const Disagreement disagreement{isSecond ? link.second : link.first,
-                                            isSecond ? link.first : link.second,
-                                            isSecond ? *later : -*later};
-            const auto known = clearest.find(disagreement.recording);
-            if (known == clearest.end() || known->second.significance < link.line.significance)
-                clearest[disagreement.recording] = {link.line.significance, disagreement};
+        if (fixed.empty()) continue;
+        for (const Link* link : order) {
+            if (const auto disagreement =
+                    disagreementOf(*link, places, fixed, constraints.durations))
+                clearest.insert({disagreement->recording, *disagreement});
         }
     }
     std::vector<Disagreement> all;
+    all.reserve(clearest.size());
     for (const auto& entry : clearest)
-        all.push_back(entry.second.disagreement);
+        all.push_back(entry.second);
     return all;
 }
 

@@ -51,11 +51,11 @@ std::vector<std::size_t> linksToRefine(const Links& links, const std::vector<Rec
     std::stable_sort(order.begin(), order.end(), [&](std::size_t left, std::size_t right) {
         return links[left].line.significance > links[right].line.significance;
     });
-    std::vector<std::size_t> refined(recordings.size(), 0);
+    std::vector<std::size_t> taken(recordings.size(), 0);
     std::vector<std::size_t> chosen;
     for (const std::size_t index : order) {
-        std::size_t& first = refined[links[index].first];
-        std::size_t& second = refined[links[index].second];
+        std::size_t& first = taken[links[index].first];
+        std::size_t& second = taken[links[index].second];
         if (first >= refinedLinks && second >= refinedLinks) continue;
         ++first;
         ++second;

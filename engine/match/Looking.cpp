@@ -19,6 +19,7 @@ constexpr double landmarkReachSeconds = 0.06;
 std::vector<double> durationsOf(const std::vector<Prepared>& recordings)
 {
     std::vector<double> durations;
+    durations.reserve(recordings.size());
     for (const Prepared& recording : recordings)
         durations.push_back(recording.seconds());
     return durations;

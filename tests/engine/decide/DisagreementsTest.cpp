@@ -19,13 +19,13 @@ using vxlsync::Constraints;
 using vxlsync::Disagreement;
 using vxlsync::Links;
 
-// Members 0, 1 ... of one group that starts as told.
+// Of one group that starts as told, with members from `first` on.
 std::vector<Disagreement> disagreementsOf(const Links& all, const std::vector<double>& starts,
-                                          const Constraints& constraints)
+                                          const Constraints& constraints, std::size_t first = 0)
 {
     vxlsync::PlacedGroup group;
     for (std::size_t i = 0; i < starts.size(); ++i) {
-        group.members.push_back(i);
+        group.members.push_back(first + i);
         group.placements.push_back({starts[i], 0.0, 0.0, 0.0});
     }
     const Links judged =
@@ -97,6 +97,16 @@ TEST(Disagreements, AreNoneWithWhatIsInAnotherGroup)
                 IsEmpty());
     EXPECT_THAT(disagreementsOf({linkOf(0, 2, 10.0, 0.6)}, {100.0, 110.0},
                                 knowing({{0, 100.0}, {1, 110.0}}, 3)),
+                IsEmpty());
+    EXPECT_THAT(disagreementsOf({linkOf(0, 1, 10.0, 0.6)}, {100.0, 110.0},
+                                knowing({{2, 110.0}, {1, 100.0}}, 3), 1),
+                IsEmpty());
+}
+
+TEST(Disagreements, AreNoneBetweenRecordingsWhoseStartsNobodyGave)
+{
+    EXPECT_THAT(disagreementsOf({linkOf(2, 3, 10.4, 0.6)}, {100.0, 110.0, 100.0, 110.0},
+                                knowing({{0, 100.0}, {1, 110.0}}, 4)),
                 IsEmpty());
 }
 
