@@ -140,7 +140,7 @@ std::size_t columnsOf(const std::string& shown)
 std::string shellWord(const std::string& path)
 {
     // What begins with a hyphen would be an option.
-    const std::string word = path.rfind('-', 0) == 0 ? "./" + path : path;
+    std::string word = path.rfind('-', 0) == 0 ? "./" + path : path;
     const auto isPlain = [](char letter) {
         return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
                (letter >= '0' && letter <= '9') || std::strchr("_-./+,:@%=", letter) != nullptr;
