@@ -11,8 +11,8 @@ namespace vxlsync::host
 // terminal, break a line, turn the direction of what follows, or is no UTF-8, come out as "\x1b".
 std::string printable(const std::string& text);
 
-// The path as a word for a shell, to be copied from what is printed: as it is, or quoted, with bytes
-// that printable() escapes written as Bash and Zsh read them.
+// The path as a word for a shell, to be copied from what is printed: as it is, or quoted, with
+// bytes that printable() escapes written as Bash and Zsh read them.
 std::string shellWord(const std::string& path);
 
 // Columns that a text out of printable() takes on a terminal: none for marks that stand over the

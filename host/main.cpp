@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdlib>
 #include <functional>
 #include <iostream>
 #include <string>
@@ -41,18 +40,21 @@ std::size_t terminalColumns()
     return size.ws_col;
 }
 
-// False as well on a terminal that cannot take a bar away.
-bool canDrawBar()
+// A terminal that cannot take a bar away.
+bool isDumb()
 {
-    const char* const terminal = std::getenv("TERM");
-    return isatty(STDERR_FILENO) == 1 && (terminal == nullptr || std::string(terminal) != "dumb");
+    for (char** variable = environ; *variable != nullptr; ++variable) {
+        if (std::string(*variable) == "TERM=dumb") return true;
+    }
+    return false;
 }
 
 Result synchronise(const Options& options, const std::vector<std::string>& paths)
 {
     Request request = requestOf(options, paths);
+    const bool canDrawBar = isatty(STDERR_FILENO) == 1 && !isDumb();
     const ProgressMode mode =
-        options.progress.value_or(canDrawBar() ? ProgressMode::bar : ProgressMode::none);
+        options.progress.value_or(canDrawBar ? ProgressMode::bar : ProgressMode::none);
     ProgressBar bar(std::cerr, mode, paths, terminalColumns);
     endAtOnceOnSignals(mode == ProgressMode::bar);
     Callbacks callbacks;

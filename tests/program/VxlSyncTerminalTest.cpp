@@ -17,7 +17,14 @@ using testing::HasSubstr;
 using testing::Not;
 using vxlsync::host::eraseLine;
 
-TEST(VxlSyncTerminal, ShowsABarOnATerminal)
+// Whatever the tests themselves run on.
+class VxlSyncTerminal : public testing::Test
+{
+protected:
+    void SetUp() override { setenv("TERM", "xterm", 1); }
+};
+
+TEST_F(VxlSyncTerminal, ShowsABarOnATerminal)
 {
     const wave::TempFolder folder;
     const std::string path = folder.write("short.wav", sounds::recordingOf(1, 0, 5));
@@ -29,7 +36,7 @@ TEST(VxlSyncTerminal, ShowsABarOnATerminal)
     EXPECT_EQ(run.exitCode, 4);
 }
 
-TEST(VxlSyncTerminal, ShowsANarrowBarOnANarrowTerminal)
+TEST_F(VxlSyncTerminal, ShowsANarrowBarOnANarrowTerminal)
 {
     const wave::TempFolder folder;
     const std::string path = folder.write("short.wav", sounds::recordingOf(1, 0, 5));
@@ -39,7 +46,16 @@ TEST(VxlSyncTerminal, ShowsANarrowBarOnANarrowTerminal)
     EXPECT_THAT(run.err, HasSubstr("Reading     [.......]"));
 }
 
-TEST(VxlSyncTerminal, LeavesNothingOfTheBarBehind)
+TEST_F(VxlSyncTerminal, ShowsNoBarThatTheTerminalCannotTakeAway)
+{
+    const wave::TempFolder folder;
+    const std::string path = folder.write("short.wav", sounds::recordingOf(1, 0, 5));
+    setenv("TERM", "dumb", 1);
+
+    EXPECT_EQ(program::runOnTerminal({path}).err, "");
+}
+
+TEST_F(VxlSyncTerminal, LeavesNothingOfTheBarBehind)
 {
     const wave::TempFolder folder;
     const std::string path = folder.write("short.wav", sounds::recordingOf(1, 0, 5));
@@ -49,7 +65,7 @@ TEST(VxlSyncTerminal, LeavesNothingOfTheBarBehind)
     EXPECT_THAT(run.err, testing::EndsWith(eraseLine));
 }
 
-TEST(VxlSyncTerminal, TakesTheBarAwayWhenItIsInterrupted)
+TEST_F(VxlSyncTerminal, TakesTheBarAwayWhenItIsInterrupted)
 {
     const LongJob job;
 
@@ -64,7 +80,7 @@ TEST(VxlSyncTerminal, TakesTheBarAwayWhenItIsInterrupted)
     }
 }
 
-TEST(VxlSyncTerminal, KeepsTheBarOutOfAFile)
+TEST_F(VxlSyncTerminal, KeepsTheBarOutOfAFile)
 {
     const wave::TempFolder folder;
     const std::string path = folder.write("short.wav", sounds::recordingOf(1, 0, 5));
