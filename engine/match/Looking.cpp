@@ -87,9 +87,8 @@ Gathering SearchState::singles() const
 
 const Links& SearchState::linksOf(const RecordingPair& pair) const
 {
-    static const Links none;
     const auto known = book.find({pair.first, pair.second});
-    return known == book.end() ? none : known->second;
+    return known == book.end() ? noLinks : known->second;
 }
 
 Proposal proposalOf(const LandmarkOffset& landmark)

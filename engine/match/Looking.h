@@ -36,6 +36,8 @@ struct SearchState {
     std::vector<AlignWorkspace> spaces;
     Gathering gathering;
     LinkBook book;
+    // Of a pair that is not in the book.
+    const Links noLinks;
 
     // Recordings of one stated device share no time, and what is alike in them is a repeat.
     bool mayCompare(std::size_t first, std::size_t second) const;

@@ -13,12 +13,12 @@
 namespace vxlsync
 {
 
-// Which recordings belong together, and by which of the links.
+// Which recordings belong together, and by which of the links. Borrows both.
 struct Parted {
     // By members; every recording is in one.
-    std::vector<std::vector<std::size_t>> groups;
+    const std::vector<std::vector<std::size_t>>& groups;
     // Of all pairs, with their verdicts.
-    Links links;
+    const Links& links;
 };
 
 // The links, not judged, and those that are found where a search had taken groups for one: it asked

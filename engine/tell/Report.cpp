@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <tuple>
 
@@ -207,26 +206,31 @@ struct NoPlace {
     const std::vector<CandidatePlace>& candidates;
 };
 
-// None if the recording can be compared.
-std::optional<std::string> reasonNotToCompare(const Recording& recording)
+bool isTooShort(const Recording& recording)
 {
-    if (!recording.failure.empty()) return recording.failure;
-    if (recording.durationSeconds < shortestOverlapSeconds) return "too short";
-    if (recording.meanSquare < silentMeanSquare) return "silent";
-    return std::nullopt;
+    return recording.durationSeconds < shortestOverlapSeconds;
+}
+
+bool isSilent(const Recording& recording)
+{
+    return recording.meanSquare < silentMeanSquare;
 }
 
 // What the user calls one device is not compared with itself.
+bool areOneByRule(const Origin& first, const Origin& second)
+{
+    return first.knownBy == DeviceEvidence::stated && second.knownBy == DeviceEvidence::stated &&
+           first.device == second.device;
+}
+
 bool isComparedWithAny(const ReportInput& input, std::size_t position)
 {
-    const auto statedDevice = [&](std::size_t at) {
-        const Origin& origin = input.origins[at];
-        return origin.knownBy == DeviceEvidence::stated ? origin.device : std::string();
-    };
-    const std::string own = statedDevice(position);
     for (std::size_t other = 0; other < input.recordings.size(); ++other) {
-        if (other != position && !reasonNotToCompare(input.recordings[other]) &&
-            (own.empty() || statedDevice(other) != own))
+        const Recording& recording = input.recordings[other];
+        const bool canBeCompared =
+            recording.failure.empty() && !isTooShort(recording) && !isSilent(recording);
+        if (other != position && canBeCompared &&
+            !areOneByRule(input.origins[position], input.origins[other]))
             return true;
     }
     return false;
@@ -238,7 +242,8 @@ std::string reasonOf(const NoPlace& missing, const std::vector<SourceFacts>& sou
 {
     const Links& links = missing.links;
     const std::size_t position = missing.position;
-    if (const auto reason = reasonNotToCompare(missing.input.recordings[position])) return *reason;
+    if (isTooShort(missing.input.recordings[position])) return "too short";
+    if (isSilent(missing.input.recordings[position])) return "silent";
     if (hasLink(links, position, Verdict::forbidden, false))
         return "kept apart by the user from what it has in common with others";
     if (hasLink(links, position, Verdict::forbidden, true))

@@ -80,6 +80,16 @@ TEST_F(VxlSyncTerminal, TakesTheBarAwayWhenItIsInterrupted)
     }
 }
 
+TEST_F(VxlSyncTerminal, DrawsABarAsWideAsMostWhereItIsWantedInAFile)
+{
+    const wave::TempFolder folder;
+    const std::string path = folder.write("short.wav", sounds::recordingOf(1, 0, 5));
+
+    const Outcome run = program::run({"--progress", "bar", path});
+
+    EXPECT_THAT(run.err, HasSubstr("Reading     [" + std::string(40, '.') + "]"));
+}
+
 TEST_F(VxlSyncTerminal, KeepsTheBarOutOfAFile)
 {
     const wave::TempFolder folder;

@@ -125,6 +125,24 @@ TEST(SearchParted, AsksNothingOfGroupsThatWereNeverOne)
     EXPECT_THAT(searchedAgain(threeOfOneEvent(), {{{0}, {1}, {2}}, {}}), IsEmpty());
 }
 
+TEST(SearchParted, AsksNothingOfOneDevice)
+{
+    const std::vector<Prepared> recordings = threeOfOneEvent();
+    const std::vector<std::vector<std::size_t>> groups = {{0}, {1}, {2}};
+    const Links tied = {tieOf(1, 2, -3.0, Verdict::contradicted)};
+    vxlsync::Run run(1, measuring::plenty, {});
+
+    const Links ofOne = vxlsync::searchParted(recordings, {"", "camera", "camera"}, {},
+                                              {groups, tied}, 0.0, 1.0, run);
+    const Links ofTwo =
+        vxlsync::searchParted(recordings, {"", "", ""}, {}, {groups, tied}, 0.0, 1.0, run);
+
+    ASSERT_EQ(ofOne.size(), 1u);
+    EXPECT_EQ(ofOne[0].line.offset, -3.0);
+    ASSERT_EQ(ofTwo.size(), 1u);
+    EXPECT_NEAR(ofTwo[0].line.offset, 5.0, 1e-4);
+}
+
 TEST(SearchParted, GivesTheLinksBackAsTheyWereMeasured)
 {
     Link clash = tieOf(0, 1, 10.0, Verdict::forbidden);
