@@ -145,7 +145,8 @@ void addKnowledgeOptions(CLI::App& app, Options& options, OptionTexts& texts)
         ->option_text("FILE");
     app.add_option("--fix", texts.fixed,
                    "A start that is known, in seconds on a clock of\nyour own, within 100 days of "
-                   "0. Its group is told\non that clock, and where its sound disagrees")
+                   "0. All that have one\nmake one group, told on that clock with what\ntheir "
+                   "sound says against it")
         ->option_text("FILE=SECONDS")
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);

@@ -25,8 +25,7 @@ struct Assembly {
 // Decides which links are true and which recordings belong together. Fills in what the links lack
 // of judgement; their order stays. Links that are not finite are left out. A join that brings two
 // recordings of one device to one time, or that the user does not want, is refused; known starts
-// are taken as they are. Throws what `examine` throws and
-// Cancelled.
+// are taken as they are. Throws Cancelled and what `examine` throws.
 Assembly assemble(Links links, const Constraints& constraints, const Examine& examine,
                   const Interrupt& interrupt);
 

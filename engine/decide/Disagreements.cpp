@@ -26,7 +26,7 @@ Places placesOf(const PlacedGroup& group)
     return places;
 }
 
-// Those of a group whose known starts could be contradicted: all but the first named.
+// Those of a group whose known starts could be contradicted: all but the first.
 std::set<std::size_t> contradictable(const Places& places, const Constraints& constraints)
 {
     std::optional<std::size_t> anchor;

@@ -10,8 +10,9 @@ namespace vxlsync
 {
 
 // Where sound that stands on its own contradicts starts that are known, which are taken as given
-// all the same. Of two known starts the one that was named first counts as the clock, and a group
-// with one alone contradicts nothing. Requires judged links and all groups of two and more.
+// all the same. The first of a group in the order of `known`, which is not that of the arguments,
+// counts as the clock, and a group with one alone contradicts nothing. Requires judged links and
+// all groups of two and more.
 std::vector<Disagreement> disagreementsOf(const Links& links,
                                           const std::vector<PlacedGroup>& groups,
                                           const Constraints& constraints);

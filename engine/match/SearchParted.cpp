@@ -4,7 +4,6 @@
 #include <set>
 
 #include "match/BetweenGroups.h"
-#include "match/CompleteGroups.h"
 #include "match/Looking.h"
 #include "match/Rivals.h"
 #include "match/Ties.h"

@@ -99,8 +99,8 @@ enum class Confidence {
 
 /// One recording in its place. Its sound at time t, in seconds of its own, happened at
 /// offsetSeconds + t * (1 + driftPpm / 1e6) on the clock of the group's reference, counted from the
-/// start of the earliest recording of its group; or, if starts of the group are known, so that the
-/// first of them is as it was given.
+/// start of the earliest recording of its group; or, if starts of the group are known, as they were
+/// given: exactly where the reference is one of them.
 struct Member {
     /// Index of the source.
     std::size_t source = 0;

@@ -53,7 +53,7 @@ TEST(Disagreements, TellHowMuchLaterTheSoundIs)
                 ElementsAre(disagreement(1, 0, 0.4)));
 }
 
-TEST(Disagreements, CountFromTheStartThatWasNamedFirst)
+TEST(Disagreements, CountFromTheFirstKnownStart)
 {
     EXPECT_THAT(disagreementsOf({linkOf(0, 1, 10.4, 0.6)}, {100.0, 110.0},
                                 knowing({{1, 110.0}, {0, 100.0}})),
