@@ -1,5 +1,6 @@
 #include "job/Settle.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vxlsync
@@ -11,6 +12,16 @@ namespace
 // So often what a decision parts is searched again; each time there is less.
 constexpr int mostSearches = 2;
 
+// False as well where one link has given way to another, so that there are as many.
+bool areSame(const Links& left, const Links& right)
+{
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [](const Link& one, const Link& other) {
+                          return one.isOfPair(other) && one.line.offset == other.line.offset &&
+                                 one.line.coherence == other.line.coherence;
+                      });
+}
+
 } // namespace
 
 Assembly settle(Links links, const AssembleLinks& assembleLinks, const SearchAgain& searchAgain)
@@ -19,7 +30,7 @@ Assembly settle(Links links, const AssembleLinks& assembleLinks, const SearchAga
     for (int search = 0; search < mostSearches; ++search) {
         Links more = searchAgain(assembly, static_cast<double>(search) / mostSearches,
                                  static_cast<double>(search + 1) / mostSearches);
-        if (more.size() == assembly.links.size()) break;
+        if (areSame(more, assembly.links)) break;
         assembly = assembleLinks(std::move(more));
     }
     return assembly;

@@ -38,6 +38,29 @@ TEST(Settle, DecidesAgainOnWhatIsFound)
     EXPECT_THAT(decidedUpon({2, 0}), ElementsAre(3, 5));
 }
 
+// Of a pair whose only link gives way to another there are as many as before.
+TEST(Settle, DecidesAgainWhereALinkHasGivenWay)
+{
+    for (const auto change : {+[](vxlsync::Link& link) { link.line.offset = 5.0; },
+                              +[](vxlsync::Link& link) { link.line.coherence = 0.5; },
+                              +[](vxlsync::Link& link) { link.second = 1; }}) {
+        int decisions = 0;
+        vxlsync::settle(
+            Links(1),
+            [&](Links links) {
+                ++decisions;
+                return Assembly{{}, std::move(links), {}, {}};
+            },
+            [&](const Assembly& assembly, double, double) {
+                Links links = assembly.links;
+                change(links[0]);
+                return links;
+            });
+
+        EXPECT_EQ(decisions, 2);
+    }
+}
+
 TEST(Settle, GivesUpASearchThatEndsNowhere)
 {
     EXPECT_THAT(decidedUpon({2, 1, 1}), ElementsAre(3, 5, 6));
