@@ -75,7 +75,8 @@ public:
     // `progress`; the result holds no pointer into the set. `progress` may be null. The set is not
     // to be touched by another thread meanwhile: run completes the counts of its files and enters
     // an empty name in idToName for a member that has none. Throws std::bad_alloc when memory runs
-    // out, and then leaks nothing.
+    // out, and std::length_error for more landmarks than 32 bits number or more files than 31; it
+    // leaks nothing then.
     VXS_API VXClusterResult* run(VXFileSet* fileSet, VXProgress* progress);
 
 private:
