@@ -40,7 +40,8 @@ struct Reading {
 // How the samples are to be taken: found out by a first pass, where it is not the usual way.
 struct Taking {
     bool bytesAsSigned = false;
-    double gain = 1.0;
+    // The sample that becomes full scale.
+    double peak = 1.0;
 };
 
 ReadFindings readSamples(const Source& source, Intake& intake)
@@ -94,7 +95,7 @@ private:
     // False if the source must be read again, as `taking` says then.
     bool readPass(const Source& source, Taking& taking, Reading& reading) const
     {
-        Intake intake(reading.recording, run, limits, taking.gain);
+        Intake intake(reading.recording, run, limits, 1.0 / taking.peak);
         const ReadFindings findings = giveSound(source, taking, intake);
         if (findings.bytesLookSigned) {
             taking.bytesAsSigned = true;
@@ -102,7 +103,7 @@ private:
         }
         const SampleOddities& odd = intake.oddities();
         if (odd.absurd * soundForEachAccident > odd.sound) {
-            taking.gain /= odd.peak;
+            taking.peak = odd.peak;
             return false;
         }
         intake.finish();
@@ -113,7 +114,7 @@ private:
         remarks = findings.notes;
         reading.recording.facts = findings.facts;
         if (taking.bytesAsSigned) remarks.emplace_back(notes::signedBytes);
-        if (taking.gain < 1.0) remarks.push_back(notes::scaledDown(1.0 / taking.gain));
+        if (taking.peak > 1.0) remarks.push_back(notes::scaledDown(taking.peak));
         const std::int64_t broken = odd.broken + odd.absurd;
         if (broken > 0) remarks.push_back(notes::brokenSamples(broken));
         if (remarks.empty() && intake.seconds() == 0.0) remarks.emplace_back(notes::noSound);

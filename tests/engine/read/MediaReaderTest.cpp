@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -244,6 +245,25 @@ TEST_F(MediaReader, TakesNoLengthFromASecondFormat)
 
     EXPECT_EQ(recording.durationSeconds, 1.0);
     EXPECT_THAT(recording.notes, IsEmpty());
+}
+
+// The reciprocal of such a sample is so small that its own is infinite.
+TEST_F(MediaReader, ScalesDownSamplesNearTheLargestDouble)
+{
+    const std::vector<std::uint64_t> largestItsHalfBelowZeroAndZero{0x7FEFFFFFFFFFFFFF,
+                                                                    0xFFDFFFFFFFFFFFFF, 0};
+    wave::Bytes samples;
+    for (const std::uint64_t bits : largestItsHalfBelowZeroAndZero) {
+        wave::append32(samples, static_cast<std::uint32_t>(bits));
+        wave::append32(samples, static_cast<std::uint32_t>(bits >> 32U));
+    }
+    const Recording recording =
+        readFile(folder.write("a.wav", wave::file(wave::format(3, 1, 64), samples)));
+
+    EXPECT_THAT(samplesOf(recording), ElementsAre(1.0f, -0.5f, 0.0f));
+    EXPECT_THAT(recording.notes,
+                ElementsAre("samples go beyond full scale by about 10 to the power of 308; "
+                            "they are scaled down"));
 }
 
 TEST_F(MediaReader, KeepsWhatTheAnalysisLeavesOutForTheRefinement)
