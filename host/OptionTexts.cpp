@@ -15,8 +15,9 @@ namespace vxlsync::host
 namespace
 {
 
-// More channels than any format of today holds.
+// More channels and streams than any format of today holds.
 constexpr int mostChannels = 1024;
+constexpr int mostStreams = 10000;
 
 // The number that the text is, digits and nothing else.
 template <typename Number>
@@ -27,20 +28,51 @@ bool readWhole(const std::string& text, Number& number)
     return result.ec == std::errc() && result.ptr == end;
 }
 
-void readChannel(const std::string& text, vxlsync::Options& engine)
+ChannelChoice channelOf(const std::string& text)
 {
-    if (text == "left") {
-        engine.channel = Channel::left;
-    } else if (text == "mix") {
-        engine.channel = Channel::mix;
-    } else {
-        engine.channel = Channel::numbered;
-        if (!readWhole(text, engine.channelNumber) || engine.channelNumber < 1 ||
-            engine.channelNumber > mostChannels)
-            throw CLI::ValidationError("--channel", "left, mix or a number from 1 to " +
-                                                        std::to_string(mostChannels) + ", not " +
-                                                        text);
+    if (text == "left") return {Channel::left, 1};
+    if (text == "mix") return {Channel::mix, 1};
+    ChannelChoice choice{Channel::numbered, 0};
+    if (!readWhole(text, choice.number) || choice.number < 1 || choice.number > mostChannels)
+        throw CLI::ValidationError("--channel", "left, mix or a number from 1 to " +
+                                                    std::to_string(mostChannels) + ", not " + text);
+    return choice;
+}
+
+int streamOf(const std::string& text)
+{
+    int stream = 0;
+    if (!readWhole(text, stream) || stream < 1 || stream > mostStreams)
+        throw CLI::ValidationError("--stream", "a number from 1 to " + std::to_string(mostStreams) +
+                                                   ", not " + text);
+    return stream;
+}
+
+// Values for all files, and for those that stand before a sign; of each the last counts.
+template <typename Value>
+void readChoices(const std::vector<std::string>& texts, const std::string& option,
+                 Value (*valueOf)(const std::string&), Value& forAll,
+                 std::vector<std::pair<std::string, Value>>& forFiles)
+{
+    for (const std::string& text : texts) {
+        const std::size_t sign = text.rfind('=');
+        if (sign == 0) throw CLI::ValidationError(option, "FILE=VALUE, not " + text);
+        // Without a sign, npos and 1 make 0, and the text is read from its start.
+        const Value value = valueOf(text.substr(sign + 1));
+        if (sign == std::string::npos)
+            forAll = value;
+        else
+            forFiles.emplace_back(text.substr(0, sign), value);
     }
+}
+
+void readSounds(const OptionTexts& texts, Options& options)
+{
+    ChannelChoice channel;
+    readChoices(texts.channels, "--channel", &channelOf, channel, options.channels);
+    options.engine.channel = channel.channel;
+    options.engine.channelNumber = channel.number;
+    readChoices(texts.streams, "--stream", &streamOf, options.engine.stream, options.streams);
 }
 
 // Bits that a number is shifted by for the unit that the letter stands for; 0 for no such unit.
@@ -131,7 +163,7 @@ void readDevices(const std::vector<std::string>& texts, Options& options)
 
 void readTexts(const OptionTexts& texts, Options& options)
 {
-    readChannel(texts.channel, options.engine);
+    readSounds(texts, options);
     if (texts.isMemoryGiven) readMemory(texts.memory, options.engine);
     readKnownStarts(texts.fixed, options);
     readApart(texts.apart, options);

@@ -13,7 +13,8 @@ namespace vxlsync::host
 struct OptionTexts {
     std::string format = "text";
     std::string progress = "auto";
-    std::string channel = "left";
+    std::vector<std::string> channels;
+    std::vector<std::string> streams;
     std::string memory;
     // An empty text may have been given, too.
     bool isMemoryGiven = false;
@@ -22,7 +23,7 @@ struct OptionTexts {
     std::vector<std::string> devices;
 };
 
-// Takes up the channel, the memory and what is told of single recordings. Throws
+// Takes up channels, streams, the memory and what is told of single recordings. Throws
 // CLI::ValidationError, with a sentence, for what cannot be understood.
 void readTexts(const OptionTexts& texts, Options& options);
 

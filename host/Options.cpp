@@ -49,8 +49,6 @@ constexpr const char* notes =
 
 // More threads than any machine of today has processors to offer to one job.
 constexpr std::size_t mostThreads = 256;
-// More streams than any format of today holds.
-constexpr int mostStreams = 10000;
 
 template <typename Choice>
 struct Named {
@@ -114,13 +112,19 @@ void addOutputOptions(CLI::App& app, OptionTexts& texts)
 
 void addReadingOptions(CLI::App& app, Options& options, OptionTexts& texts)
 {
-    app.add_option("--channel", texts.channel,
-                   "Channel that counts: left (default), mix, or\nits number")
-        ->option_text("left|mix|N");
-    app.add_option("--stream", options.engine.stream,
-                   "Audio stream of each file, from 1; by default\nthe one that players take")
+    app.add_option("--channel", texts.channels,
+                   "Channel that counts: left (default), mix, or\n"
+                   "its number; behind FILE=, for that file alone")
+        ->option_text("left|mix|N")
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    app.add_option("--stream", texts.streams,
+                   "Audio stream of each file, from 1; by default\n"
+                   "the one that players take. Behind FILE=, for\n"
+                   "that file alone")
         ->option_text("N")
-        ->check(CLI::Range(1, mostStreams));
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     app.add_flag("--native", options.engine.nativeReader,
                  "Read with the library's own reader: WAV files\nof 8000 Hz only");
     app.add_flag("--landmarks-only", options.engine.landmarksOnly,

@@ -18,6 +18,12 @@ namespace vxlsync::host
 
 enum class Format { text, json, csv };
 
+struct ChannelChoice {
+    Channel channel = Channel::left;
+    // From 1, for Channel::numbered.
+    int number = 1;
+};
+
 // What the command line asks for. Recordings are named here as the user names them.
 struct Options {
     Format format = Format::text;
@@ -29,6 +35,8 @@ struct Options {
     // In seconds, within farthestStartSeconds.
     std::vector<std::pair<std::string, double>> knownStarts;
     std::vector<std::pair<std::string, std::string>> apart;
+    std::vector<std::pair<std::string, int>> streams;
+    std::vector<std::pair<std::string, ChannelChoice>> channels;
     // By name of the device.
     std::vector<std::pair<std::string, std::vector<std::string>>> devices;
     std::string reference;

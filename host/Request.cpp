@@ -40,6 +40,13 @@ Request requestOf(const Options& options, const std::vector<std::string>& paths)
             throw UsageError("--fix: " + printable(file) + ": given two starts that differ");
         source.knownStartSeconds = seconds;
     }
+    for (const auto& [file, stream] : options.streams)
+        request.sources[indexOf(paths, "--stream", file)].stream = stream;
+    for (const auto& [file, choice] : options.channels) {
+        Source& source = request.sources[indexOf(paths, "--channel", file)];
+        source.channel = choice.channel;
+        source.channelNumber = choice.number;
+    }
     for (const auto& [left, right] : options.apart) {
         const std::size_t first = indexOf(paths, "--apart", left);
         const std::size_t second = indexOf(paths, "--apart", right);

@@ -26,6 +26,14 @@ void requireKnown(std::size_t index, std::size_t count, const char* what)
                std::to_string(count));
 }
 
+void requireUsable(int stream, Channel channel, int channelNumber, const std::string& whose)
+{
+    if (stream < 0)
+        refuse(whose + "stream " + std::to_string(stream) + ", expected 1 and up, or 0 for any");
+    if (channel == Channel::numbered && channelNumber < 1)
+        refuse(whose + "channel " + std::to_string(channelNumber) + ", expected 1 and up");
+}
+
 void requireUsable(const Source& source, std::size_t index)
 {
     if (source.path.empty() &&
@@ -39,6 +47,8 @@ void requireUsable(const Source& source, std::size_t index)
     if (source.knownStartSeconds && !(std::fabs(*source.knownStartSeconds) <= farthestStartSeconds))
         refuse(sourceName(index) + ": known start " + std::to_string(*source.knownStartSeconds) +
                " s, expected within a hundred days of 0");
+    requireUsable(source.stream.value_or(0), source.channel.value_or(Channel::left),
+                  source.channelNumber, sourceName(index) + ": ");
 }
 
 } // namespace
@@ -47,10 +57,7 @@ void requireUsable(const std::vector<Source>& sources, const Options& options)
 {
     for (std::size_t i = 0; i < sources.size(); ++i)
         requireUsable(sources[i], i);
-    if (options.stream < 0)
-        refuse("stream " + std::to_string(options.stream) + ", expected 1 and up, or 0 for any");
-    if (options.channel == Channel::numbered && options.channelNumber < 1)
-        refuse("channel " + std::to_string(options.channelNumber) + ", expected 1 and up");
+    requireUsable(options.stream, options.channel, options.channelNumber, std::string());
     if (options.memoryBytes != 0 && options.memoryBytes < leastMemoryBytes)
         refuse("memory of " + std::to_string(options.memoryBytes) + " bytes, expected " +
                std::to_string(leastMemoryBytes) + " and up");

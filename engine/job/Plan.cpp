@@ -19,7 +19,8 @@ std::vector<std::size_t> canonicalOrder(const std::vector<Source>& sources)
     const auto keyOf = [&](std::size_t index) {
         const Source& source = sources[index];
         return std::tie(source.path, source.name, source.device, source.sampleRate,
-                        source.knownStartSeconds, source.samples);
+                        source.knownStartSeconds, source.stream, source.channel,
+                        source.channelNumber, source.samples);
     };
     std::stable_sort(order.begin(), order.end(), [&](std::size_t left, std::size_t right) {
         return keyOf(left) < keyOf(right);

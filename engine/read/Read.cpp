@@ -44,6 +44,17 @@ struct Taking {
     double peak = 1.0;
 };
 
+// Those of the job with what is told of the source alone.
+Options optionsFor(const Source& source, Options options)
+{
+    options.stream = source.stream.value_or(options.stream);
+    if (source.channel) {
+        options.channel = *source.channel;
+        options.channelNumber = source.channelNumber;
+    }
+    return options;
+}
+
 ReadFindings readSamples(const Source& source, Intake& intake)
 {
     intake.setRate(source.sampleRate);
@@ -124,7 +135,8 @@ private:
     ReadFindings giveSound(const Source& source, const Taking& taking, Intake& intake) const
     {
         if (source.path.empty()) return readSamples(source, intake);
-        const ReadRequest request{source.path, options, limits, run.interrupt,
+        const Options ofSource = optionsFor(source, options);
+        const ReadRequest request{source.path, ofSource, limits, run.interrupt,
                                   taking.bytesAsSigned};
         return options.nativeReader ? readNative(request, intake) : readByDefault(request, intake);
     }

@@ -113,6 +113,62 @@ TEST(Options, RefusesAChannelThatIsNone)
     }
 }
 
+TEST(Options, TakesChannelsOfSingleFiles)
+{
+    using vxlsync::Channel;
+    const Options options = parse({"--channel", "a=b.wav=mix", "--channel", "c.wav=3", "--channel",
+                                   "2", "--channel", "d.wav=left", "a=b.wav"})
+                                .options();
+
+    EXPECT_EQ(options.engine.channel, Channel::numbered);
+    EXPECT_EQ(options.engine.channelNumber, 2);
+    ASSERT_EQ(options.channels.size(), 3u);
+    EXPECT_EQ(options.channels[0].first, "a=b.wav");
+    EXPECT_EQ(options.channels[0].second.channel, Channel::mix);
+    EXPECT_EQ(options.channels[1].first, "c.wav");
+    EXPECT_EQ(options.channels[1].second.channel, Channel::numbered);
+    EXPECT_EQ(options.channels[1].second.number, 3);
+    EXPECT_EQ(options.channels[2].second.channel, Channel::left);
+}
+
+TEST(Options, TakesStreamsOfSingleFiles)
+{
+    const Options options = parse({"--stream", "a.mov=3", "--stream", "10000", "a.mov"}).options();
+
+    EXPECT_EQ(options.engine.stream, 10000);
+    EXPECT_THAT(options.streams, ElementsAre(testing::Pair("a.mov", 3)));
+    EXPECT_EQ(parse({"--stream", "a.mov=3", "a.mov"}).options().engine.stream, 0);
+}
+
+TEST(Options, TakesTheLastOfSeveralChannelsAndStreams)
+{
+    const Options options =
+        parse({"--channel", "mix", "--channel", "left", "--stream", "4", "--stream", "5", "a.wav"})
+            .options();
+
+    EXPECT_EQ(options.engine.channel, vxlsync::Channel::left);
+    EXPECT_EQ(options.engine.stream, 5);
+}
+
+TEST(Options, RefusesAChannelOrStreamOfNoFile)
+{
+    EXPECT_THAT(parse({"--channel", "=mix", "a.wav"}).err,
+                HasSubstr("--channel: FILE=VALUE, not =mix"));
+    EXPECT_THAT(parse({"--stream", "=2", "a.wav"}).err, HasSubstr("--stream: FILE=VALUE, not =2"));
+    EXPECT_THAT(parse({"--channel", "a.wav=right", "a.wav"}).err,
+                HasSubstr("--channel: left, mix or a number from 1 to 1024, not right"));
+}
+
+TEST(Options, RefusesAStreamThatIsNone)
+{
+    for (const char* text : {"0", "-1", "10001", "a.wav=0", "first", "a.wav="}) {
+        const Parsed parsed = parse({"--stream", text, "a.wav"});
+
+        EXPECT_EQ(parsed.code(), ExitCode::usage);
+        EXPECT_THAT(parsed.err, HasSubstr("--stream: a number from 1 to 10000, not "));
+    }
+}
+
 TEST(Options, PassesOnWhatConcernsReading)
 {
     const Options options = parse({"--native", "--landmarks-only", "--jobs", "3", "--stream", "2",
@@ -255,10 +311,9 @@ TEST(Options, RefusesAnUnknownWayToTellProgress)
     EXPECT_EQ(parse({"--progress", "loud", "a.wav"}).code(), ExitCode::usage);
 }
 
-TEST(Options, RefusesZeroJobsAndStreams)
+TEST(Options, RefusesZeroJobs)
 {
     EXPECT_EQ(parse({"--jobs", "0", "a.wav"}).code(), ExitCode::usage);
-    EXPECT_EQ(parse({"--stream", "0", "a.wav"}).code(), ExitCode::usage);
 }
 
 TEST(Options, ListsEveryExitCodeInTheHelp)

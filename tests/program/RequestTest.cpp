@@ -106,6 +106,30 @@ TEST(Request, SaysWhatRecordedAFile)
     EXPECT_EQ(request.sources[2].device, "camera");
 }
 
+TEST(Request, SaysWhichSoundOfAFileCounts)
+{
+    Options options;
+    options.streams = {{"b", 2}, {"c.wav", 4}, {"c", 3}};
+    options.channels = {{"a.wav", {vxlsync::Channel::mix, 1}},
+                        {"b.wav", {vxlsync::Channel::numbered, 5}}};
+
+    const Request request = requestOf(options, three);
+
+    EXPECT_FALSE(request.sources[0].stream.has_value());
+    EXPECT_EQ(request.sources[0].channel, vxlsync::Channel::mix);
+    EXPECT_EQ(request.sources[1].stream, 2);
+    EXPECT_EQ(request.sources[1].channel, vxlsync::Channel::numbered);
+    EXPECT_EQ(request.sources[1].channelNumber, 5);
+    EXPECT_EQ(request.sources[2].stream, 3);
+    EXPECT_FALSE(request.sources[2].channel.has_value());
+
+    options.streams = {{"d.wav", 2}};
+    EXPECT_EQ(refusalOf(options), "--stream: d.wav: not one of the recordings, or more than one");
+    options.streams.clear();
+    options.channels = {{"d.wav", {}}};
+    EXPECT_EQ(refusalOf(options), "--channel: d.wav: not one of the recordings, or more than one");
+}
+
 TEST(Request, RefusesTwoDevicesOfOneRecording)
 {
     Options options;

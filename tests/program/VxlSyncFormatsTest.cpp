@@ -174,6 +174,23 @@ TEST_F(Videos, GiveTheStreamAskedFor)
     EXPECT_NEAR(member.at("offsetSeconds").get<double>(), 6.0, exact);
 }
 
+TEST_F(Videos, GiveTheStreamAskedForOfOneFileAlone)
+{
+    const std::string reference = folder.write("start.wav", eventFile(0, 15));
+    const std::string other = folder.write("other.wav", eventFile(6, 15));
+    const std::string path = folder / "two.mkv";
+    ASSERT_TRUE(
+        make("-i " + source + " -i " + other + " -map 0:a -map 1:a -c:a pcm_s16le " + path));
+
+    const json result = json::parse(
+        program::run({"--format", "json", "--stream", path + "=2", reference, path}).out);
+    const json member = result.at("groups").at(0).at("members").at(1);
+    EXPECT_EQ(member.at("path"), path);
+    EXPECT_NEAR(member.at("offsetSeconds").get<double>(), 6.0, exact);
+    EXPECT_EQ(result.at("sources").at(1).at("stream"), 2);
+    EXPECT_EQ(result.at("sources").at(0).at("stream"), 1);
+}
+
 TEST_F(Videos, GiveTheChannelAskedFor)
 {
     const std::string silence =

@@ -14,6 +14,9 @@
 namespace vxlsync
 {
 
+/// Which of a file's channels counts.
+enum class Channel { left, mix, numbered };
+
 /// One recording to line up: a file, or samples that the host hands over.
 struct Source {
     /// Path of a regular file; empty for samples.
@@ -30,6 +33,11 @@ struct Source {
     /// When it started, in seconds on a clock that all known starts share, and on which the offsets
     /// of its group are told. It is taken as it is; where sound disagrees, a note says so.
     std::optional<double> knownStartSeconds;
+    /// Which of the file's audio streams and channels count, as in Options; unless set, what those
+    /// say.
+    std::optional<int> stream;
+    std::optional<Channel> channel;
+    int channelNumber = 1;
 };
 
 constexpr int leastSampleRate = 2000;
@@ -38,9 +46,6 @@ constexpr int greatestSampleRate = 768000;
 constexpr double farthestStartSeconds = 100.0 * 24.0 * 3600.0;
 /// Less memory would not take a single recording of useful length.
 constexpr std::size_t leastMemoryBytes = std::size_t{128} << 20U;
-
-/// Which of a file's channels counts.
-enum class Channel { left, mix, numbered };
 
 struct Options {
     /// Which of a file's audio streams, from 1; 0 takes the one that players would.

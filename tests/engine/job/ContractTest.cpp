@@ -100,6 +100,23 @@ TEST(Contract, NumbersChannelsFromOne)
     EXPECT_EQ(complaintOf({}, options), "");
 }
 
+TEST(Contract, NumbersStreamsAndChannelsOfASourceTheSameWay)
+{
+    Source source = file("a.wav");
+    source.channelNumber = 0;
+    EXPECT_EQ(complaintOf({source}), "");
+
+    source.channel = vxlsync::Channel::numbered;
+    EXPECT_THAT(complaintOf({source}), HasSubstr("source 0: channel 0, expected 1 and up"));
+
+    source.channelNumber = 1;
+    EXPECT_EQ(complaintOf({source}), "");
+
+    source.stream = -1;
+    EXPECT_THAT(complaintOf({source}),
+                HasSubstr("source 0: stream -1, expected 1 and up, or 0 for any"));
+}
+
 TEST(Contract, RefusesMemoryThatIsTooLittleForAnything)
 {
     Options options;

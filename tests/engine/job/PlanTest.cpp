@@ -46,6 +46,23 @@ TEST(Plan, OrdersSamplesByNameAndThenByWhatTheyAre)
     EXPECT_THAT(plan.sourceAt, ElementsAre(2, 1, 0));
 }
 
+TEST(Plan, OrdersTheSoundsOfOneFileByStreamAndChannel)
+{
+    Source second = file("a");
+    second.stream = 2;
+    Source mix = file("a");
+    mix.channel = vxlsync::Channel::mix;
+    Source third = file("a");
+    third.channel = vxlsync::Channel::numbered;
+    third.channelNumber = 3;
+    Source fourth = third;
+    fourth.channelNumber = 4;
+
+    const Plan plan = planOf({second, fourth, third, mix, file("a")}, Options());
+
+    EXPECT_THAT(plan.sourceAt, ElementsAre(4, 3, 2, 1, 0));
+}
+
 TEST(Plan, LeavesEqualSourcesInTheOrderGiven)
 {
     const Plan plan = planOf({file("a"), file("a")}, Options());

@@ -42,6 +42,36 @@ TEST(Read, GivesEachSourceItsRecording)
     EXPECT_THAT(samplesOf(recordings[2]), ElementsAre(0.25f));
 }
 
+TEST(Read, TakesStreamAndChannelOfASourceBeforeThoseOfTheJob)
+{
+    const wave::TempFolder folder;
+    const wave::Bytes stereo = wave::file(wave::format(1, 2, 16), wave::samples16({16384, -8192}));
+    Source left = fileSource(folder.write("left.wav", stereo));
+    left.channel = vxlsync::Channel::left;
+    Source numbered = fileSource(folder.write("numbered.wav", stereo));
+    numbered.channel = vxlsync::Channel::numbered;
+    numbered.channelNumber = 3;
+    Source otherStream = fileSource(folder.write("other.wav", stereo));
+    otherStream.stream = 2;
+    Source first = fileSource(folder.write("first.wav", stereo));
+    first.stream = 0;
+    vxlsync::Options options;
+    options.channel = vxlsync::Channel::numbered;
+    options.channelNumber = 2;
+    vxlsync::Run run(1, plenty, {});
+
+    const std::vector<Recording> recordings =
+        readAll({left, numbered, otherStream, first}, options, run);
+
+    EXPECT_THAT(samplesOf(recordings[0]), ElementsAre(0.5f));
+    EXPECT_EQ(recordings[1].failure, "no channel 3 among 2");
+    EXPECT_EQ(recordings[2].failure, "no audio stream 2");
+    EXPECT_THAT(samplesOf(recordings[3]), ElementsAre(-0.25f));
+
+    options.stream = 2;
+    EXPECT_THAT(samplesOf(readAll({first}, options, run)[0]), ElementsAre(-0.25f));
+}
+
 TEST(Read, TakesSamplesOfAnyLengthAndRate)
 {
     const std::vector<float> samples = signals::noise(5, 150000);
