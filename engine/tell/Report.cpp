@@ -159,21 +159,32 @@ bool hasLink(const Links& links, std::size_t position, Verdict verdict, bool isD
     });
 }
 
-bool hasDoubt(const Links& links, std::size_t position, Doubt doubt)
+// Null if the recording has no such link.
+const Link* linkInDoubt(const Links& links, std::size_t position, Doubt doubt)
 {
-    return std::any_of(links.begin(), links.end(), [&](const Link& link) {
+    const auto found = std::find_if(links.begin(), links.end(), [&](const Link& link) {
         return (link.first == position || link.second == position) &&
                link.verdict == Verdict::ambiguous && link.doubt == doubt;
     });
+    return found == links.end() ? nullptr : &*found;
+}
+
+// "12.34 s": how long, without a sign. Requires at least one decimal.
+std::string secondsText(double seconds, int decimals)
+{
+    long long unit = 1;
+    for (int i = 0; i < decimals; ++i)
+        unit *= 10;
+    const long long units = std::llround(std::fabs(seconds) * static_cast<double>(unit));
+    return std::to_string(units / unit) + "." + std::to_string(unit + units % unit).substr(1) +
+           " s";
 }
 
 // "12.34 s after the start of camera", or before.
 std::string phraseOf(const CandidatePlace& candidate, const std::vector<SourceFacts>& sources)
 {
-    const long long hundredths = std::llround(std::fabs(candidate.offsetSeconds) * 100.0);
-    const std::string fraction = std::to_string(100 + hundredths % 100).substr(1);
-    return std::to_string(hundredths / 100) + "." + fraction + " s " +
-           (candidate.offsetSeconds < 0.0 ? "before" : "after") + " the start of " +
+    return secondsText(candidate.offsetSeconds, 2) +
+           (candidate.offsetSeconds < 0.0 ? " before" : " after") + " the start of " +
            sources[candidate.with].name;
 }
 
@@ -181,11 +192,9 @@ std::string phraseOf(const CandidatePlace& candidate, const std::vector<SourceFa
 std::string noteOf(const Disagreement& disagreement, const std::vector<SourceFacts>& sources,
                    const std::vector<std::size_t>& sourceAt)
 {
-    const long long thousandths = std::llround(std::fabs(disagreement.laterSeconds) * 1000.0);
-    const std::string fraction = std::to_string(1000 + thousandths % 1000).substr(1);
     return "by the sound that it shares with " + sources[sourceAt[disagreement.with]].name +
-           " it started " + std::to_string(thousandths / 1000) + "." + fraction + " s " +
-           (disagreement.laterSeconds < 0.0 ? "earlier" : "later") + " than was given";
+           " it started " + secondsText(disagreement.laterSeconds, 3) +
+           (disagreement.laterSeconds < 0.0 ? " earlier" : " later") + " than was given";
 }
 
 // The best two places, of any number.
@@ -196,6 +205,14 @@ std::string reasonForDoubt(const std::vector<CandidatePlace>& candidates,
         return "no certain place: the sound repeats, and more than one offset fits";
     return "no certain place: fits " + phraseOf(candidates[0], sources) + " and " +
            phraseOf(candidates[1], sources);
+}
+
+// A click in two rooms, or one word in an hour of silence.
+std::string reasonForSilence(const Link& link, const std::string& other)
+{
+    return "no certain place: " + secondsText(link.line.heardSeconds, 1) + " of " +
+           secondsText(link.line.overlap(), 1) + " alike with " + other +
+           ", the rest too quiet to tell";
 }
 
 // What a place is asked by that a recording does not have.
@@ -248,12 +265,15 @@ std::string reasonOf(const NoPlace& missing, const std::vector<SourceFacts>& sou
         return "kept apart by the user from what it has in common with others";
     if (hasLink(links, position, Verdict::forbidden, true))
         return "its sound has a place only where its device would be in two places at once";
-    if (hasDoubt(links, position, Doubt::oneDevice))
+    if (linkInDoubt(links, position, Doubt::oneDevice))
         return "no certain place: the sound repeats, and the clock is that of another recording: "
                "perhaps one device at two times";
-    if (hasDoubt(links, position, Doubt::none)) return reasonForDoubt(missing.candidates, sources);
-    if (hasDoubt(links, position, Doubt::littleHeard))
-        return "no certain place: too little is heard that others have as well";
+    if (linkInDoubt(links, position, Doubt::none))
+        return reasonForDoubt(missing.candidates, sources);
+    if (const Link* link = linkInDoubt(links, position, Doubt::littleHeard)) {
+        const std::size_t other = link->first == position ? link->second : link->first;
+        return reasonForSilence(*link, sources[missing.input.sourceAt[other]].name);
+    }
     if (!missing.candidates.empty())
         return "no certain place: perhaps " + phraseOf(missing.candidates.front(), sources) +
                ", but too little speaks for it";

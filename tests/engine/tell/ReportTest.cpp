@@ -331,8 +331,13 @@ TEST(Report, SaysWhatMakesAPlaceDoubtful)
     Job job(2);
     job.decision.links = {linkOf(0, 1, Verdict::ambiguous)};
     job.decision.links[0].doubt = vxlsync::Doubt::littleHeard;
+    job.decision.links[0].line.start = 10.0;
+    job.decision.links[0].line.end = 50.0;
+    job.decision.links[0].line.heardSeconds = 0.31;
     EXPECT_EQ(job.reported().alone[0].reason,
-              "no certain place: too little is heard that others have as well");
+              "no certain place: 0.3 s of 40.0 s alike with b, the rest too quiet to tell");
+    EXPECT_EQ(job.reported().alone[1].reason,
+              "no certain place: 0.3 s of 40.0 s alike with a, the rest too quiet to tell");
     job.decision.links[0].doubt = vxlsync::Doubt::oneDevice;
     EXPECT_EQ(job.reported().alone[1].reason,
               "no certain place: the sound repeats, and the clock is that of another recording: "
