@@ -46,6 +46,13 @@ constexpr Ramp neededSignificanceBySeconds{4.0, 40.0, 12.0, 18.0};
 // that are silent otherwise may well hear the same; of three seconds of speech more are heard.
 constexpr double leastHeardSeconds = 0.9;
 
+// A jingle or a word is heard in rooms that have nothing else to do with each other. So much is no
+// jingle, nor is what fills this share of the shared time; and where half of all windows agree,
+// those between the sounds do as well, however quiet they are.
+constexpr double longestJingleSeconds = 10.0;
+constexpr double jingleShare = 0.25;
+constexpr double agreeingThroughout = 0.5;
+
 // Sound that is as steady as noise stands above no floor of its own. Two that agree in nearly all
 // of their windows hear it all the same; a click is in two or three of them.
 constexpr double fewestOfSteady = 8.0;
@@ -134,6 +141,24 @@ double rivalOf(Links::const_iterator link, Links::const_iterator pairBegin,
     return other == pairEnd ? 0.0 : other->line.coherence / link->line.coherence;
 }
 
+// True if at least such a share of all windows is on the line.
+bool agreesIn(const Alignment& line, double share)
+{
+    const auto agreeing =
+        std::count_if(line.windows.begin(), line.windows.end(),
+                      [](const AlignmentWindow& window) { return window.agrees; });
+    return static_cast<double>(agreeing) >= share * static_cast<double>(line.windows.size());
+}
+
+// True if what is alike may be a sound that two rooms have heard, and the rest says nothing.
+bool isHardlyHeard(const Alignment& line)
+{
+    const double heard = heardSecondsOf(line);
+    if (heard < leastHeardSeconds) return true;
+    return heard < longestJingleSeconds && heard < jingleShare * line.overlap() &&
+           !agreesIn(line, agreeingThroughout);
+}
+
 } // namespace
 
 bool isFinite(const Alignment& line)
@@ -211,12 +236,8 @@ bool mayBeRepeat(const Alignment& line)
 
 double heardSecondsOf(const Alignment& line)
 {
-    const auto agreeing =
-        std::count_if(line.windows.begin(), line.windows.end(),
-                      [](const AlignmentWindow& window) { return window.agrees; });
-    const auto count = static_cast<double>(line.windows.size());
-    const bool isSteady = count >= fewestOfSteady &&
-                          static_cast<double>(agreeing) >= steadyAgreement * count &&
+    const bool isSteady = static_cast<double>(line.windows.size()) >= fewestOfSteady &&
+                          agreesIn(line, steadyAgreement) &&
                           line.heardSeconds < steadyShare * line.overlap();
     return isSteady ? line.overlap() : line.heardSeconds;
 }
@@ -224,7 +245,7 @@ double heardSecondsOf(const Alignment& line)
 Doubt doubtOf(const Link& link)
 {
     const Alignment& line = link.line;
-    if (heardSecondsOf(line) < leastHeardSeconds) return Doubt::littleHeard;
+    if (isHardlyHeard(line)) return Doubt::littleHeard;
     const bool isTold = line.slopeError < tellingSlopeError || line.coherence < repeatCoherence;
     return isTold && mayBeRepeat(line) && link.rival >= repeatingRival ? Doubt::oneDevice
                                                                        : Doubt::none;

@@ -472,12 +472,14 @@ TEST(Assemble, SettlesALoopByTheClockOfADevice)
         link.line.start = offset;
         link.line.end = offset + 60.0;
         link.line.middle = offset + 30.0;
+        link.line.heardSeconds = 30.0;
         all.push_back(link);
     }
     all[1].line.offset = 110.0;
     all[1].line.start = 110.0;
     all[1].line.end = 170.0;
     all[1].line.middle = 140.0;
+    all[1].line.heardSeconds = 30.0;
 
     const Assembly assembly = assemble(all, constraints, nothing);
 

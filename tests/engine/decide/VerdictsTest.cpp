@@ -33,6 +33,8 @@ struct Case {
     double significance = 1000.0;
     double overlap = 50.0;
     double heardSeconds = 25.0;
+    // Of 20 windows.
+    std::size_t agreeingWindows = 20;
     double slope = 5e-6;
     double slopeError = 1e-6;
 
@@ -48,6 +50,8 @@ private:
         links[0].line.heardSeconds = heardSeconds;
         links[0].line.slope = slope;
         links[0].line.slopeError = slopeError;
+        for (std::size_t i = 0; i < agreeingWindows; ++i)
+            links[0].line.windows[i].agrees = true;
         if (rival > 0.0) links.push_back(linkOf(0, 1, 8.0, rival * coherence));
         const double best = coherence / relative;
         return judgeLinks(links, {best, best})[0];
@@ -163,12 +167,37 @@ TEST(Verdict, AsksForTheMoreEvidenceTheShorterTheOverlapIs)
 TEST(Verdict, IsAmbiguousWhereHardlyMoreThanAClickIsHeard)
 {
     Case link;
+    link.agreeingWindows = 10;
     link.heardSeconds = 0.91;
     EXPECT_EQ(link.verdict(), Verdict::accepted);
     EXPECT_EQ(link.doubt(), Doubt::none);
     link.heardSeconds = 0.89;
     EXPECT_EQ(link.verdict(), Verdict::ambiguous);
     EXPECT_EQ(link.doubt(), Doubt::littleHeard);
+}
+
+// Six seconds of 40 may be a jingle that two rooms have heard.
+TEST(Verdict, IsAmbiguousWhereLittleIsHeardAndTheRestSaysNothing)
+{
+    Case link;
+    link.overlap = 40.0;
+    link.heardSeconds = 6.0;
+    link.agreeingWindows = 9;
+    EXPECT_EQ(link.verdict(), Verdict::ambiguous);
+    EXPECT_EQ(link.doubt(), Doubt::littleHeard);
+
+    link.agreeingWindows = 10;
+    EXPECT_EQ(link.verdict(), Verdict::accepted);
+
+    link.agreeingWindows = 9;
+    link.overlap = 24.0;
+    EXPECT_EQ(link.verdict(), Verdict::accepted);
+
+    link.overlap = 400.0;
+    link.heardSeconds = 9.9;
+    EXPECT_EQ(link.doubt(), Doubt::littleHeard);
+    link.heardSeconds = 10.0;
+    EXPECT_EQ(link.doubt(), Doubt::none);
 }
 
 TEST(HeardSeconds, AreAllThatIsSharedWhereSteadySoundAgreesAllAlong)
