@@ -1,6 +1,7 @@
 #include "TextResult.h"
 
 #include <algorithm>
+#include <cmath>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -87,7 +88,8 @@ void writeCandidates(const LeftOut& alone, const Result& result, std::ostream& o
 {
     for (const CandidatePlace& candidate : alone.candidates) {
         const double other = offsetOf(candidate.with, result);
-        out << fmt::format("      {:12.4f} s after ", candidate.offsetSeconds)
+        out << fmt::format("      {:12.4f} s {} ", std::fabs(candidate.offsetSeconds),
+                           candidate.offsetSeconds < 0.0 ? "before" : "after")
             << printable(result.sources[candidate.with].name)
             << fmt::format(", by {:.1f} s of evidence\n", candidate.evidenceSeconds)
             << fmt::format("                     --fix {}={:.6f} --fix {}={:.6f}\n",

@@ -104,13 +104,14 @@ TEST(TextResult, TellsThePlacesOfWhatIsDoubtful)
     Result result = results::everything();
     result.alone[0].candidates = {{1, 300.0, 11.25}, {0, -4.5, 2.0}};
 
-    EXPECT_THAT(textOf(result), HasSubstr("alone.ogg: silent\n"
-                                          "          300.0000 s after b, by 11.2 s of evidence\n"
-                                          "                     --fix 'a, \"b\".mp3'=1.250000"
-                                          " --fix alone.ogg=301.250000\n"
-                                          "           -4.5000 s after first, by 2.0 s of evidence\n"
-                                          "                     --fix dir/first.wav=0.000000"
-                                          " --fix alone.ogg=-4.500000\n"));
+    EXPECT_THAT(textOf(result),
+                HasSubstr("alone.ogg: silent\n"
+                          "          300.0000 s after b, by 11.2 s of evidence\n"
+                          "                     --fix 'a, \"b\".mp3'=1.250000"
+                          " --fix alone.ogg=301.250000\n"
+                          "            4.5000 s before first, by 2.0 s of evidence\n"
+                          "                     --fix dir/first.wav=0.000000"
+                          " --fix alone.ogg=-4.500000\n"));
 }
 
 TEST(TextResult, TellsThePlacesNextToWhatIsAloneToo)
