@@ -107,11 +107,15 @@ TEST(ShellWord, QuotesWhatAShellWouldRead)
     EXPECT_EQ(vxlsync::host::shellWord("$(x)*~.wav"), "'$(x)*~.wav'");
     EXPECT_EQ(vxlsync::host::shellWord("it's.wav"), "'it'\\''s.wav'");
     EXPECT_EQ(vxlsync::host::shellWord("B\xC3\xBChne.wav"), "'B\xC3\xBChne.wav'");
+    // What stands next to the letters and digits.
+    for (const char* letter : {"{", "[", ";", "`", "!", "\""})
+        EXPECT_EQ(vxlsync::host::shellWord(letter), "'" + std::string(letter) + "'");
 }
 
 TEST(ShellWord, EscapesWhatCannotBePrinted)
 {
     EXPECT_EQ(vxlsync::host::shellWord("a\n'\\\xFF.wav"), "$'a\\x0a\\x27\\x5c\\xff.wav'");
+    EXPECT_EQ(vxlsync::host::shellWord("\x7F"), "$'\\x7f'");
 }
 
 TEST(ShellWord, MakesNoOptionOfAPath)

@@ -114,6 +114,19 @@ TEST(TextResult, TellsThePlacesOfWhatIsDoubtful)
                           " --fix alone.ogg=-4.500000\n"));
 }
 
+TEST(TextResult, TellsThePlacesNextToAMemberOfALaterGroup)
+{
+    Result result;
+    result.sources = {results::source("a", "a.wav", 20.0), results::source("b", "b.wav", 20.0),
+                      results::source("c", "c.wav", 20.0)};
+    result.groups.resize(2);
+    result.groups[0].members = {{0, 5.0, 0.0, 0.0, 0.0}};
+    result.groups[1].members = {{1, 7.0, 0.0, 0.0, 0.0}};
+    result.alone = {{2, "doubtful", {{1, 3.5, 2.0}}}};
+
+    EXPECT_THAT(textOf(result), HasSubstr("--fix b.wav=7.000000 --fix c.wav=10.500000\n"));
+}
+
 TEST(TextResult, TellsThePlacesNextToWhatIsAloneToo)
 {
     Result result;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
+#include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -40,8 +42,15 @@ protected:
     VXPostingLists<Code> lists{layout, 3, 32};
 };
 
+struct BitsOfCode {
+    template <typename Code>
+    static std::string GetName(int)
+    {
+        return std::to_string(std::numeric_limits<Code>::digits);
+    }
+};
 using Codes = testing::Types<std::uint32_t, std::uint64_t>;
-TYPED_TEST_SUITE(VXPostingListsOf, Codes);
+TYPED_TEST_SUITE(VXPostingListsOf, Codes, BitsOfCode);
 
 TYPED_TEST(VXPostingListsOf, TellFileAndFrameOfACode)
 {
