@@ -150,8 +150,10 @@ std::string shellWord(const std::string& path)
     std::string quoted = isPrintable ? "'" : "$'";
     for (const char letter : word) {
         const auto byte = static_cast<unsigned char>(letter);
-        if (isPrintable)
-            quoted += letter == '\'' ? "'\\''" : std::string(1, letter);
+        if (isPrintable && letter == '\'')
+            quoted += "'\\''";
+        else if (isPrintable)
+            quoted += letter;
         else if (byte >= 0x20 && byte < 0x7F && letter != '\'' && letter != '\\')
             quoted += letter;
         else

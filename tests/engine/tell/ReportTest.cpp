@@ -298,6 +298,10 @@ TEST(Report, NotesWhereSoundDisagreesWithAKnownStart)
                 ElementsAre("ends early", "by the sound that it shares with camera it started "
                                           "12.046 s earlier than was given"));
     EXPECT_THAT(result.sources[0].notes, IsEmpty());
+
+    job.decision.disagreements[0].laterSeconds = 0.0204;
+    EXPECT_THAT(job.reported().sources[1].notes[1],
+                testing::EndsWith("started 0.020 s later than was given"));
 }
 
 TEST(Report, SaysThatThereIsNothingToCompareWith)
