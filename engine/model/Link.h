@@ -13,7 +13,7 @@ namespace vxlsync
 // Why a link that is ambiguous is not believed; none if other offsets fit nearly as well.
 enum class Doubt {
     none,
-    // Hardly more is heard than a click.
+    // Hardly more is heard than a click, or than a jingle in a long silence.
     littleHeard,
     // Its recordings may be of one device, and what they have in common a repeat.
     oneDevice,
